@@ -1,0 +1,62 @@
+// The exported per-generation bodies, for tests that reach a primitive without its stub:
+// the internal ones (ippiSet_8u_C1R, ippsZero_8u ...) have no stub at all. For each of
+// them, nuv::test::slotTable::<name>[slot] is the body that the slot would run.
+#pragma once
+
+#include <nuv/primitives.h>
+
+#define NUV_BODIES(name, slot2, slot3, ret, params, args) \
+    ret m7_##name params;                                  \
+    ret slot2##_##name params;                             \
+    ret slot3##_##name params;                             \
+    ret y8_##name params;                                  \
+    ret e9_##name params;                                  \
+    ret l9_##name params;
+
+extern "C" {
+#define NUV_DISPATCHED NUV_BODIES
+#define NUV_INTERNAL NUV_BODIES
+#include <nuv/primitives/dispatched.def>
+#include "primitives/frame/internal.def"
+#undef NUV_DISPATCHED
+#undef NUV_INTERNAL
+}
+
+namespace nuv::test::slotTable {
+#define NUV_SLOT_TABLE(name, slot2, slot3, ret, params, args)                          \
+    inline ret(*const name[7]) params = {m7_##name,          m7_##name,  slot2##_##name, \
+                                         slot3##_##name,     y8_##name,  e9_##name,      \
+                                         l9_##name};
+#define NUV_DISPATCHED NUV_SLOT_TABLE
+#define NUV_INTERNAL NUV_SLOT_TABLE
+#include <nuv/primitives/dispatched.def>
+#include "primitives/frame/internal.def"
+#undef NUV_DISPATCHED
+#undef NUV_INTERNAL
+}  // namespace nuv::test::slotTable
+
+// The dispatch list as data: name and the variants of slots 2 and 3.
+namespace nuv::test {
+struct DispatchedName {
+    char const* name;
+    char const* slot2;
+    char const* slot3;
+    void* const* table;  // the exported <name>_arraddr
+};
+}  // namespace nuv::test
+
+extern "C" {
+#define NUV_TABLE_DECL(name, slot2, slot3, ret, params, args) extern void* const name##_arraddr[7];
+#define NUV_DISPATCHED NUV_TABLE_DECL
+#include <nuv/primitives/dispatched.def>
+#undef NUV_DISPATCHED
+}
+
+namespace nuv::test {
+inline DispatchedName const dispatchedNames[] = {
+#define NUV_NAME_ROW(name, slot2, slot3, ret, params, args) {#name, #slot2, #slot3, name##_arraddr},
+#define NUV_DISPATCHED NUV_NAME_ROW
+#include <nuv/primitives/dispatched.def>
+#undef NUV_DISPATCHED
+};
+}  // namespace nuv::test
