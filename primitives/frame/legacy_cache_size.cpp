@@ -1,0 +1,44 @@
+// The copy family's own route to the cache size: older than ippGetMaxCacheSizeB and kept
+// apart from it on purpose, with its own table of code bytes.
+#include "primitives/frame/cache_descriptors.h"
+
+
+namespace {
+
+// Descriptor and code; the size in bytes is (code >> 4) << ((code & 15) + 18). The rows of
+// 512 KiB and more of tableCache, in its order.
+struct CodedDescriptor {
+    unsigned char descriptor;
+    unsigned char code;
+};
+
+CodedDescriptor const TableCacheSize[] = {
+    {0xEC, 0x35}, {0xEB, 0x93}, {0x4D, 0x16}, {0xEA, 0x34}, {0x4C, 0x34}, {0xE4, 0x15},
+    {0xDE, 0x15}, {0x4B, 0x15}, {0x47, 0x15}, {0x4E, 0x33}, {0x4A, 0x33}, {0xE3, 0x14},
+    {0xDD, 0x14}, {0xD8, 0x14}, {0x49, 0x14}, {0x29, 0x14}, {0x46, 0x14}, {0x48, 0x32},
+    {0xE2, 0x13}, {0xDC, 0x13}, {0xD7, 0x13}, {0xD2, 0x13}, {0x25, 0x13}, {0x7D, 0x13},
+    {0x85, 0x13}, {0x45, 0x13}, {0xD6, 0x12}, {0xD1, 0x12}, {0x23, 0x12}, {0x87, 0x12},
+    {0x7C, 0x12}, {0x78, 0x12}, {0x84, 0x12}, {0x44, 0x12}, {0xD0, 0x11}, {0x22, 0x11},
+    {0x7B, 0x11}, {0x80, 0x11}, {0x86, 0x11}, {0x3E, 0x11}, {0x7F, 0x11}, {0x83, 0x11},
+    {0x43, 0x11},
+};
+static_assert(sizeof TableCacheSize / sizeof TableCacheSize[0] == 43);
+
+bool genuineIntel() {
+    Ipp32u regs[4];
+    nuvCpuid(0, 0, regs);
+    // The vendor text lies in EBX, EDX, ECX.
+    return regs[1] == 0x756E6547u && regs[3] == 0x49656E69u && regs[2] == 0x6C65746Eu;
+}
+
+}  // namespace
+
+extern "C" int nuvLegacyCacheSize(void) {
+    Ipp32u regs[4];
+    nuvCpuid(0, 0, regs);
+    if (regs[0] < 2 || !genuineIntel()) return 0;
+    const int size = nuv::prim::frame::scanLeaf2(TableCacheSize, [](CodedDescriptor const& e) {
+        return (e.code >> 4) << ((e.code & 15) + 18);
+    });
+    return size < 0 ? 0 : size;
+}
