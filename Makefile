@@ -1,0 +1,46 @@
+# Two targets for a newcomer: `make demo` and `make test`. Each installs the Debian packages
+# the project needs if they are missing, then configures, builds and runs.
+PACKAGES := cmake g++ make pkg-config libopencv-dev libboost-dev libboost-system-dev \
+            qt6-base-dev libgtest-dev libbenchmark-dev
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+
+.PHONY: all deps demo test bench clean
+
+all: test
+
+deps:
+	@missing=""; \
+	for p in $(PACKAGES); do \
+	    dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
+	done; \
+	if [ -n "$$missing" ]; then \
+	    if [ "$$(id -u)" = 0 ]; then \
+	        echo "Installing:$$missing"; \
+	        apt-get update -qq && DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $$missing; \
+	    else \
+	        echo "Missing packages. Run:"; \
+	        echo "    sudo apt-get install -y$$missing"; \
+	        exit 1; \
+	    fi; \
+	fi
+
+demo: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target nuv_demo
+	./build/release/tools/nuv_demo
+
+test: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	ctest --preset release
+	cmake --preset sanitize
+	cmake --build --preset sanitize -j $(JOBS)
+	ctest --preset sanitize
+
+bench: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	for b in ./build/release/bench/nuv_bench_*; do $$b --benchmark_min_time=0.2; done
+
+clean:
+	rm -rf build
