@@ -1,6 +1,8 @@
 #include <nuv/core/Log.h>
 
 #include <cstdio>
+#include <cstring>
+#include <sstream>
 
 namespace nuv::core {
 
@@ -10,37 +12,79 @@ Log& Log::singleton() {
 }
 
 Log& Log::operator<<(char const* text) {
-    for (; text != nullptr && *text != '\0'; ++text) *this << *text;
+    if (text != nullptr) append(text, std::strlen(text));
     return *this;
 }
 
 Log& Log::operator<<(std::string const& text) {
-    for (char c : text) *this << c;
+    append(text.data(), text.size());
     return *this;
 }
 
 Log& Log::operator<<(char c) {
-    if (c == '\n')
-        finishLine();
-    else
-        _pending += c;
+    append(&c, 1);
     return *this;
 }
 
-Log& Log::operator<<(int value) { return *this << std::to_string(value); }
+Log& Log::operator<<(int value) {
+    return *this << std::to_string(value);
+}
 
-Log& Log::operator<<(unsigned int value) { return *this << std::to_string(value); }
+Log& Log::operator<<(unsigned int value) {
+    return *this << std::to_string(value);
+}
 
-void Log::setSink(Sink sink) { _sink = std::move(sink); }
+Log& Log::operator<<(long value) {
+    return *this << std::to_string(value);
+}
+
+Log& Log::operator<<(unsigned long value) {
+    return *this << std::to_string(value);
+}
+
+Log& Log::operator<<(long long value) {
+    return *this << std::to_string(value);
+}
+
+Log& Log::operator<<(unsigned long long value) {
+    return *this << std::to_string(value);
+}
+
+Log& Log::operator<<(double value) {
+    std::ostringstream text;
+    text << value;
+    return *this << text.str();
+}
+
+void Log::setSink(Sink sink) {
+    _sink = std::move(sink);
+}
+
+void Log::append(char const* text, std::size_t length) {
+    char const* const end = text + length;
+    while (text != end) {
+        char const* newline = static_cast<char const*>(std::memchr(text, '\n', end - text));
+        if (newline == nullptr) {
+            _pending.append(text, end);
+            return;
+        }
+        _pending.append(text, newline);
+        finishLine();
+        text = newline + 1;
+    }
+}
 
 void Log::finishLine() {
+    // The line leaves the log before the sink sees it, so a sink that logs or throws finds
+    // an empty pending line.
     std::string line;
     line.swap(_pending);
     if (_sink) {
         _sink(line);
     } else {
-        std::fputs(line.c_str(), stderr);
-        std::fputc('\n', stderr);
+        // One write per line, so lines from several processes on one terminal stay whole.
+        line += '\n';
+        std::fwrite(line.data(), 1, line.size(), stderr);
     }
 }
 

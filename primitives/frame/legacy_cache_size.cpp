@@ -1,7 +1,7 @@
 // The copy family's own route to the cache size: older than ippGetMaxCacheSizeB and kept
 // apart from it on purpose, with its own table of code bytes.
 #include "primitives/frame/cache_descriptors.h"
-
+#include "primitives/frame/probes.h"
 
 namespace {
 
@@ -24,19 +24,10 @@ CodedDescriptor const TableCacheSize[] = {
 };
 static_assert(sizeof TableCacheSize / sizeof TableCacheSize[0] == 43);
 
-bool genuineIntel() {
-    Ipp32u regs[4];
-    nuvCpuid(0, 0, regs);
-    // The vendor text lies in EBX, EDX, ECX.
-    return regs[1] == 0x756E6547u && regs[3] == 0x49656E69u && regs[2] == 0x6C65746Eu;
-}
-
 }  // namespace
 
 extern "C" int nuvLegacyCacheSize(void) {
-    Ipp32u regs[4];
-    nuvCpuid(0, 0, regs);
-    if (regs[0] < 2 || !genuineIntel()) return 0;
+    if (ipp_max_cpuid_input() < 2 || !ipp_is_GenuineIntel()) return 0;
     const int size = nuv::prim::frame::scanLeaf2(TableCacheSize, [](CodedDescriptor const& e) {
         return (e.code >> 4) << ((e.code & 15) + 18);
     });

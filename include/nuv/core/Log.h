@@ -1,6 +1,6 @@
 // The one process-wide text sink of the library. Messages are streamed in pieces and end
 // with nuv::core::endl; each finished line goes to the sink, which by default writes it to
-// standard error.
+// standard error. There are no levels: a line is a line.
 #pragma once
 
 #include <functional>
@@ -14,19 +14,33 @@ public:
 
     static Log& singleton();
 
+    // Every newline in what is streamed closes the line so far and hands it to the sink.
     Log& operator<<(char const* text);
     Log& operator<<(std::string const& text);
-    // A newline closes the line and hands it to the sink.
     Log& operator<<(char c);
     Log& operator<<(int value);
     Log& operator<<(unsigned int value);
+    Log& operator<<(long value);
+    Log& operator<<(unsigned long value);
+    Log& operator<<(long long value);
+    Log& operator<<(unsigned long long value);
+    // Written as a text stream writes a double by default (six significant digits).
+    Log& operator<<(double value);
 
     // The sink receives each finished line without its newline; an empty function restores
-    // the default, which writes to standard error.
+    // the default, which writes to standard error. If the sink throws, the exception reaches
+    // the code that streamed the newline, and the line is gone.
     void setSink(Sink sink);
+
+    // Text streamed since the last newline, not yet handed to the sink.
+    std::string const& pending() const { return _pending; }
+
+    Log(Log const&) = delete;
+    Log& operator=(Log const&) = delete;
 
 private:
     Log() = default;
+    void append(char const* text, std::size_t length);
     void finishLine();
 
     std::string _pending;

@@ -1,0 +1,7 @@
+#include <nuv/core/image/SegmentList.h>
+
+namespace nuv::core::image {
+
+SegmentList::~SegmentList() = default;
+
+}  // namespace nuv::core::image

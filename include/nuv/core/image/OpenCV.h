@@ -1,0 +1,29 @@
+// An IplImage header over the pixels of an Image, for the OpenCV functions that take one.
+#pragma once
+
+#include <nuv/core/image/Image.h>
+
+#include <opencv2/core/core_c.h>
+
+namespace nuv::core::image {
+
+class OpenCV {
+public:
+    // The header borrows the pixels: it spans the whole image, whatever its region of
+    // interest, with the image's step, 8-bit depth and its channel count, and the image must
+    // outlive the adapter. It points at constData(), so it never copies a shared buffer;
+    // whoever lets OpenCV write through it must have made the buffer private with data()
+    // first. An image OpenCV cannot describe (the null image, a channel count outside 1..4)
+    // gives a null header.
+    explicit OpenCV(Image const& image);
+    ~OpenCV();
+    OpenCV(OpenCV const&) = delete;
+    OpenCV& operator=(OpenCV const&) = delete;
+
+    operator IplImage*() { return _image; }
+
+private:
+    IplImage* _image;
+};
+
+}  // namespace nuv::core::image
