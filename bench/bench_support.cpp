@@ -21,6 +21,11 @@ int selectedSlot() {
     return slot;
 }
 
+std::vector<int> comparedSlots() {
+    if (selectedSlot() == 0) return {0};
+    return {0, selectedSlot()};
+}
+
 namespace {
 
 // Keeps the time of every run beside the ordinary console output.

@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include <string>
+#include <vector>
 
 namespace nuv::bench {
 
@@ -21,6 +22,9 @@ inline constexpr FrameSize frame4096{4096, 4096, "4096x4096"};
 // The slot that ippInit chooses on this processor (it runs once; the index is then put back
 // to 0 so that each benchmark sets the slot it wants).
 int selectedSlot();
+
+// Slot 0 and the selected slot, once each.
+std::vector<int> comparedSlots();
 
 // Runs the registered benchmarks and prints, per group, each contender's time relative to
 // the reference contender. A benchmark is named "<group>/<contender>", where the group holds
