@@ -1,0 +1,69 @@
+// copyRoi, the front end's region cut, beside what an OpenCV user writes for the same
+// result: a view of the region copied into a new matrix. Both allocate their result on
+// every call. The region leaves a margin of 32 columns and 16 rows around it.
+#include "bench_support.h"
+
+#include <nuv/core.h>
+#include <nuv/cv.h>
+
+#include <opencv2/core.hpp>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+using nuv::bench::FrameSize;
+using nuv::core::image::Image;
+
+constexpr int marginX = 32, marginY = 16;
+
+Image sourceFor(FrameSize const& size) {
+    Image image(nuv::core::image::ImageInfo(size.width + 2 * marginX, size.height + 2 * marginY,
+                                            nuv::core::image::BGR));
+    std::memset(image.data(), 0x5A, static_cast<size_t>(image.step()) * image.info().height);
+    nuv::core::image::setRoi(image, nuv::core::Roi(nuv::core::Point(marginX, marginY),
+                                                   nuv::core::Size(size.width, size.height)));
+    return image;
+}
+
+void copyRoiAtSlot(benchmark::State& state, FrameSize size, int slot) {
+    const Image source = sourceFor(size);
+    const Ipp32u saved = ippJumpIndexForMergedLibs;
+    ippJumpIndexForMergedLibs = static_cast<Ipp32u>(slot);
+    for (auto _ : state) {
+        Image cut = nuv::cv::copyRoi(source);
+        benchmark::DoNotOptimize(cut.constData());
+    }
+    ippJumpIndexForMergedLibs = saved;
+    state.SetBytesProcessed(state.iterations() * int64_t(size.width) * size.height * 3);
+}
+
+void openCvRegionCopy(benchmark::State& state, FrameSize size) {
+    cv::Mat source(size.height + 2 * marginY, size.width + 2 * marginX, CV_8UC3,
+                   cv::Scalar::all(0x5A));
+    const cv::Mat region = source(cv::Rect(marginX, marginY, size.width, size.height));
+    for (auto _ : state) {
+        cv::Mat cut;
+        region.copyTo(cut);
+        benchmark::DoNotOptimize(cut.data);
+    }
+    state.SetBytesProcessed(state.iterations() * int64_t(size.width) * size.height * 3);
+}
+
+const bool registered = [] {
+    for (FrameSize size : {nuv::bench::frame640, nuv::bench::frame1080, nuv::bench::frame4096}) {
+        const std::string group = std::string("copyRoi/") + size.name + "/";
+        benchmark::RegisterBenchmark((group + "cv::Mat::copyTo").c_str(), openCvRegionCopy, size)
+            ->UseRealTime();
+        for (int slot : nuv::bench::comparedSlots())
+            benchmark::RegisterBenchmark((group + "slot " + std::to_string(slot)).c_str(),
+                                         copyRoiAtSlot, size, slot)
+                ->UseRealTime();
+    }
+    return true;
+}();
+
+}  // namespace
+
+NUV_BENCHMARK_MAIN("cv::Mat::copyTo")
