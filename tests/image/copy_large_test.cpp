@@ -87,27 +87,6 @@ void writeRows(GuardedImage& img, std::vector<std::uint8_t> const& packed) {
                     static_cast<std::size_t>(img.rowBytes()));
 }
 
-// The padding between the rows and `guard` bytes before the lowest and after the highest row
-// still hold the guard value: the bytes a copy could reach by mistake, without walking the
-// whole block of a large image.
-bool surroundingsIntact(GuardedImage const& img, Layout const& layout) {
-    const int distance = img.step() < 0 ? -img.step() : img.step();
-    Ipp8u const* lowest = img.step() < 0 ? img.row(img.height() - 1) : img.row(0);
-    auto guarded = [](Ipp8u const* from, int count) {
-        for (int i = 0; i < count; ++i)
-            if (from[i] != GuardedImage::guardByte) return false;
-        return true;
-    };
-    if (!guarded(lowest - layout.guard, layout.guard)) return false;
-    for (int k = 0; k + 1 < img.height(); ++k)
-        if (!guarded(lowest + static_cast<std::ptrdiff_t>(k) * distance + img.rowBytes(),
-                     distance - img.rowBytes()))
-            return false;
-    return guarded(
-        lowest + static_cast<std::ptrdiff_t>(img.height() - 1) * distance + img.rowBytes(),
-        layout.guard);
-}
-
 // One large source shared by the cases, so that each copy costs only its move and check.
 void expectLargeCopy(CopyFn copy, int channels, int width, int height, Layout const& srcLayout,
                      Layout const& dstLayout) {
@@ -134,7 +113,7 @@ void expectLargeCopy(CopyFn copy, int channels, int width, int height, Layout co
         for (int y = 0; y < height && same; ++y)
             same = std::memcmp(dst.row(y), src.row(y), static_cast<std::size_t>(rowBytes)) == 0;
         EXPECT_TRUE(same);
-        EXPECT_TRUE(surroundingsIntact(dst, dstLayout));
+        EXPECT_TRUE(dst.guardsIntact());
     });
     EXPECT_EQ(src.packed(), expected);
 }

@@ -82,27 +82,6 @@ TEST(CopyRegion, RandomSizesInEveryLayoutPair) {
     }
 }
 
-// The bytes next to the rows in memory, the padding between them and `guard` bytes before the
-// lowest and after the highest, still hold the guard value. A cheaper walk than the whole
-// block for the many copies below.
-bool surroundingsIntact(GuardedImage const& img, Layout const& layout) {
-    const int distance = img.step() < 0 ? -img.step() : img.step();
-    Ipp8u const* lowest = img.step() < 0 ? img.row(img.height() - 1) : img.row(0);
-    auto guarded = [](Ipp8u const* from, int count) {
-        for (int i = 0; i < count; ++i)
-            if (from[i] != GuardedImage::guardByte) return false;
-        return true;
-    };
-    if (!guarded(lowest - layout.guard, layout.guard)) return false;
-    for (int k = 0; k + 1 < img.height(); ++k)
-        if (!guarded(lowest + static_cast<std::ptrdiff_t>(k) * distance + img.rowBytes(),
-                     distance - img.rowBytes()))
-            return false;
-    return guarded(
-        lowest + static_cast<std::ptrdiff_t>(img.height() - 1) * distance + img.rowBytes(),
-        layout.guard);
-}
-
 bool rowsEqual(GuardedImage const& a, GuardedImage const& b) {
     for (int y = 0; y < a.height(); ++y)
         if (std::memcmp(a.row(y), b.row(y), static_cast<std::size_t>(a.rowBytes())) != 0)
@@ -139,7 +118,7 @@ TEST(CopyRegion, ContiguousRowsAndEqualPaddedSteps) {
                                         {width, height}),
                               ippStsNoErr);
                     EXPECT_TRUE(rowsEqual(dst, src));
-                    EXPECT_TRUE(surroundingsIntact(dst, dstLayout));
+                    EXPECT_TRUE(dst.guardsIntact());
                 });
             }
         }
@@ -171,7 +150,7 @@ TEST(CopyRegion, LongRowsAtEveryDestinationAlignment) {
                                               {rowBytes, 2}),
                               ippStsNoErr);
                     EXPECT_TRUE(rowsEqual(dst, src));
-                    EXPECT_TRUE(surroundingsIntact(dst, dstLayout));
+                    EXPECT_TRUE(dst.guardsIntact());
                 });
             }
         }

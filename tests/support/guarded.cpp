@@ -26,7 +26,9 @@ GuardedImage::GuardedImage(int rowBytes, int height, Layout layout)
     }
 }
 
-GuardedImage::~GuardedImage() { std::free(_block); }
+GuardedImage::~GuardedImage() {
+    std::free(_block);
+}
 
 void GuardedImage::fill(std::uint8_t value) {
     for (int y = 0; y < _height; ++y) std::memset(row(y), value, _rowBytes);
@@ -45,13 +47,21 @@ std::vector<std::uint8_t> GuardedImage::packed() const {
 }
 
 bool GuardedImage::guardsIntact() const {
-    std::vector<bool> inside(_blockSize, false);
-    for (int y = 0; y < _height; ++y) {
-        const std::size_t offset = static_cast<std::size_t>(row(y) - _block);
-        for (int x = 0; x < _rowBytes; ++x) inside[offset + x] = true;
+    // Rows lie in address order from _lowest, |step| apart: the guards are the lead before
+    // the lowest row, the gap after each row and the tail after the highest.
+    auto untouched = [](std::uint8_t const* from, std::uint8_t const* to) {
+        for (; from < to; ++from)
+            if (*from != guardByte) return false;
+        return true;
+    };
+    const std::ptrdiff_t distance = _step < 0 ? -_step : _step;
+    if (!untouched(_block, _lowest)) return false;
+    for (int k = 0; k < _height; ++k) {
+        std::uint8_t const* rowEnd = _lowest + k * distance + _rowBytes;
+        std::uint8_t const* next =
+            k + 1 < _height ? _lowest + (k + 1) * distance : _block + _blockSize;
+        if (!untouched(rowEnd, next)) return false;
     }
-    for (std::size_t i = 0; i < _blockSize; ++i)
-        if (!inside[i] && _block[i] != guardByte) return false;
     return true;
 }
 
