@@ -1,6 +1,6 @@
 // The largest cache: by deterministic cache parameters (leaf 4), by descriptor bytes
 // (leaf 2) where leaf 4 is missing, once per process, and 0 on other vendors.
-#include "frame/fake_processor.h"
+#include "support/fake_processor.h"
 #include "primitives/frame/frame_state.h"
 
 namespace nuv::test {

@@ -1,6 +1,6 @@
 // The feature word: each bit from its source, read once, the "leafread" side door, and the
 // enabled mask with its setters.
-#include "frame/fake_processor.h"
+#include "support/fake_processor.h"
 #include "primitives/frame/frame_state.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 // The floating-point control group on the processor running the tests: round trips of the
 // x87 control word and of MXCSR, flags raised and cleared, and no fault whatever is loaded.
-#include "frame/fake_processor.h"
+#include "support/fake_processor.h"
 #include "primitives/frame/fpu_control.h"
 
 #include <cfenv>

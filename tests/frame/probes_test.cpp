@@ -1,5 +1,5 @@
 // The processor probes against the bits they are defined by.
-#include "frame/fake_processor.h"
+#include "support/fake_processor.h"
 #include "primitives/frame/probes.h"
 
 namespace nuv::test {

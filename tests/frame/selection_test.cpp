@@ -1,6 +1,6 @@
 // Selection by detection (ippStaticInit, ippInit, ippInitCpu(-1)) on recorded processors,
 // selection forced by processor code, and selection on the processor running the tests.
-#include "frame/fake_processor.h"
+#include "support/fake_processor.h"
 #include "primitives/frame/frame_state.h"
 #include "support/slots.h"
 

@@ -1,8 +1,8 @@
 // Clearing vectors: statuses, every start alignment and short length at every slot, the
 // 32-bit byte count of the 32-bit form, and the streaming paths of blocks larger than the
 // cache on a played processor with a small cache.
-#include "primitives/frame/cpu_query.h"
 #include "support/bodies.h"
+#include "support/fake_processor.h"
 #include "support/slots.h"
 
 #include <gtest/gtest.h>
@@ -135,94 +135,59 @@ TEST(ZeroTest, WordByteCountWrapsInThirtyTwoBits) {
 
 // "GenuineIntel" with a 512 KiB cache by its leaf 2 descriptor (0x43), which the older
 // route reads, and a 1 MiB data cache by leaf 4, which ippGetMaxCacheSizeB reads.
-int leaf2Calls = 0;
-int leaf4Calls = 0;
-int allCalls = 0;
-
-void smallCacheIntel(Ipp32u leaf, Ipp32u subleaf, Ipp32u regs[4]) {
-    ++allCalls;
-    regs[0] = regs[1] = regs[2] = regs[3] = 0;
-    if (leaf == 0) {
-        regs[0] = 4;
-        regs[1] = 0x756E6547;  // "Genu"
-        regs[3] = 0x49656E69;  // "ineI"
-        regs[2] = 0x6C65746E;  // "ntel"
-    } else if (leaf == 2) {
-        ++leaf2Calls;
-        regs[0] = 0x00004301;  // one round; descriptor 0x43
-    } else if (leaf == 4) {
-        ++leaf4Calls;
-        if (subleaf == 0) {
-            regs[0] = 1 | (2 << 5);       // data cache, level 2
-            regs[1] = (15u << 22) | 63u;  // 16 ways, 1 partition, 64-byte lines
-            regs[2] = 1023;               // 1024 sets: 1 MiB
-        }
-    }
-}
-
-Ipp64u noSavedState() {
-    return 0;
-}
-
-class ZeroStreamingTest : public ::testing::Test {
+class ZeroStreamingTest : public nuv::test::FrameTest {
 protected:
     void SetUp() override {
-        static NuvCpuQuery const fake = {smallCacheIntel, noSavedState};
-        nuvSetCpuQuery(&fake);
-        restart();
+        FrameTest::SetUp();
+        play(nuv::test::processors::smallCacheIntel(0x43, 1024 * 1024));
     }
-    void TearDown() override {
-        nuvSetCpuQuery(nullptr);
-        nuvResetFrameState();
-    }
-    static void restart() {
-        nuvResetFrameState();
-        leaf2Calls = leaf4Calls = allCalls = 0;
-    }
+    int leaf2Calls() { return cpu().calls(2); }
+    int leaf4Calls() { return cpu().calls(4); }
+    int allCalls() { return cpu().totalCalls(); }
     // Slots 5 and 6 (e9, l9) ask ippGetMaxCacheSizeB; the others read leaf 2 themselves.
     static bool asksLeaf4(int slot) { return slot >= 5; }
 };
 
 TEST_F(ZeroStreamingTest, TheOlderRouteStreamsAboveHalfAMebibyte) {
-    nuv::test::forEachSlot([](int slot) {
+    nuv::test::forEachSlot([this](int slot) {
         if (asksLeaf4(slot)) return;
         for (int misalign : {0, 3, 8, 15}) {
             // At least 0x80000 bytes after the head: the 512 KiB cache is asked and passed.
             restart();
             expectZeroed8u(slot, misalign, 0x80000 + 16);
-            EXPECT_GT(leaf2Calls, 0);
+            EXPECT_GT(leaf2Calls(), 0);
             restart();
             expectZeroed8u(slot, misalign, 600001);
-            EXPECT_GT(leaf2Calls, 0);
-            EXPECT_EQ(leaf4Calls, 0) << "this route does not use ippGetMaxCacheSizeB";
+            EXPECT_GT(leaf2Calls(), 0);
+            EXPECT_EQ(leaf4Calls(), 0) << "this route does not use ippGetMaxCacheSizeB";
             // Not above 0x80000: the cache is not asked.
             restart();
             expectZeroed8u(slot, misalign, 0x80000);
-            EXPECT_EQ(allCalls, 0);
+            EXPECT_EQ(allCalls(), 0);
         }
     });
 }
 
 TEST_F(ZeroStreamingTest, TheAvxFormsStreamAboveTwoMebibytesAndTheCache) {
-    nuv::test::forEachSlot([](int slot) {
+    nuv::test::forEachSlot([this](int slot) {
         if (!asksLeaf4(slot)) return;
         for (int misalign : {0, 1, 32, 63}) {
             restart();
             expectZeroed8u(slot, misalign, 3 * 0x100000 + 5);
-            EXPECT_GT(leaf4Calls, 0);
-            EXPECT_EQ(leaf2Calls, 0);
+            EXPECT_GT(leaf4Calls(), 0);
+            EXPECT_EQ(leaf2Calls(), 0);
             restart();
             expectZeroed8u(slot, misalign, 0x200000 + 1);
-            EXPECT_GT(leaf4Calls, 0);
+            EXPECT_GT(leaf4Calls(), 0);
             restart();
             expectZeroed8u(slot, misalign, 0x200000);
-            EXPECT_EQ(allCalls, 0);
+            EXPECT_EQ(allCalls(), 0);
         }
     });
 }
 
 TEST_F(ZeroStreamingTest, WordsTakeTheSamePaths) {
-    nuv::test::forEachSlot([](int slot) {
+    nuv::test::forEachSlot([this](int slot) {
         const int length = 0x100000 + 3;  // 4 MiB and 12 bytes
         Block block(4, 4 * static_cast<std::size_t>(length));
         restart();
@@ -230,7 +195,7 @@ TEST_F(ZeroStreamingTest, WordsTakeTheSamePaths) {
                                                            length),
                   ippStsNoErr);
         EXPECT_EQ(block.firstWrongByte(4 * static_cast<std::size_t>(length)), -1);
-        EXPECT_GT(asksLeaf4(slot) ? leaf4Calls : leaf2Calls, 0);
+        EXPECT_GT(asksLeaf4(slot) ? leaf4Calls() : leaf2Calls(), 0);
     });
 }
 

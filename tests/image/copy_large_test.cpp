@@ -2,6 +2,7 @@
 // each generation takes once a region outgrows the cache, forced here by a processor that
 // reports small caches, and the backward copy that u8 and y8 use when the addresses of
 // source and destination would alias.
+#include "support/fake_processor.h"
 #include "support/guarded.h"
 #include "support/slots.h"
 
@@ -26,49 +27,15 @@ using nuv::test::Layout;
 
 using CopyFn = IppStatus (*)(Ipp8u const*, int, Ipp8u*, int, IppiSize);
 
-// "GenuineIntel" with a 512 KiB cache by descriptor 0x43 (leaf 2, the copy family's table)
-// and a 256 KiB data cache by deterministic parameters (leaf 4, ippGetMaxCacheSizeB).
-void smallCacheCpuid(Ipp32u leaf, Ipp32u subleaf, Ipp32u regs[4]) {
-    regs[0] = regs[1] = regs[2] = regs[3] = 0;
-    switch (leaf) {
-        case 0:
-            regs[0] = 4;
-            regs[1] = 0x756E6547u;  // "Genu"
-            regs[3] = 0x49656E69u;  // "ineI"
-            regs[2] = 0x6C65746Eu;  // "ntel"
-            break;
-        case 2:
-            regs[0] = 0x00004301u;
-            break;  // one round, descriptor 0x43
-        case 4:
-            if (subleaf == 0) {
-                regs[0] = 0x21;                           // level 1 data cache
-                regs[1] = (7u << 22) | (0u << 12) | 63u;  // 8 ways, 1 partition, 64-byte lines
-                regs[2] = 511;                            // 512 sets
-            }
-            break;
-        default:
-            break;
-    }
-}
-
-Ipp64u noExtendedState() {
-    return 0;
-}
-
-NuvCpuQuery const smallCacheProcessor = {smallCacheCpuid, noExtendedState};
-
-// Plays the small-cache processor for the test's lifetime, then gives the frame back the real
-// processor in a fresh state, so no later test sees the fake cache size.
-class CopyOnSmallCache : public ::testing::Test {
+// Plays "GenuineIntel" with a 512 KiB cache by descriptor 0x43 (leaf 2, the copy family's
+// table) and a 256 KiB data cache by deterministic parameters (leaf 4, ippGetMaxCacheSizeB)
+// for the test's lifetime; the fixture then gives the frame back the real processor in a
+// fresh state, so no later test sees the fake cache size.
+class CopyOnSmallCache : public nuv::test::FrameTest {
 protected:
     void SetUp() override {
-        nuvSetCpuQuery(&smallCacheProcessor);
-        nuvResetFrameState();
-    }
-    void TearDown() override {
-        nuvSetCpuQuery(nullptr);
-        nuvResetFrameState();
+        FrameTest::SetUp();
+        play(nuv::test::processors::smallCacheIntel(0x43, 256 * 1024));
     }
 };
 

@@ -1,7 +1,7 @@
 // Filling a one-channel region: statuses, exact bytes in every layout at every slot, the
 // single run of packed rows, and the streaming path for regions larger than the cache.
-#include "primitives/frame/cpu_query.h"
 #include "support/bodies.h"
+#include "support/fake_processor.h"
 #include "support/guarded.h"
 #include "support/slots.h"
 
@@ -90,50 +90,24 @@ TEST(SetTest, PackedRowsAreOneRunAndPaddedRowsKeepTheirGaps) {
 
 // ---- streaming path --------------------------------------------------------------------
 
-// A GenuineIntel processor whose leaf 4 reports one 1 MiB data cache, counting queries.
-int cpuidCalls = 0;
-
-void smallCacheIntel(Ipp32u leaf, Ipp32u subleaf, Ipp32u regs[4]) {
-    ++cpuidCalls;
-    regs[0] = regs[1] = regs[2] = regs[3] = 0;
-    if (leaf == 0) {
-        regs[0] = 4;
-        regs[1] = 0x756E6547;  // "Genu"
-        regs[3] = 0x49656E69;  // "ineI"
-        regs[2] = 0x6C65746E;  // "ntel"
-    } else if (leaf == 4 && subleaf == 0) {
-        regs[0] = 1 | (2 << 5);                    // data cache, level 2
-        regs[1] = (15u << 22) | (0u << 12) | 63u;  // 16 ways, 1 partition, 64-byte lines
-        regs[2] = 1023;                            // 1024 sets: 1 MiB
-    }
-}
-
-Ipp64u noSavedState() {
-    return 0;
-}
-
-class SetStreamingTest : public ::testing::Test {
+// A GenuineIntel processor whose leaf 4 reports one 1 MiB data cache, counting queries. It
+// has no leaf-2 descriptor: the fill asks ippGetMaxCacheSizeB alone.
+class SetStreamingTest : public nuv::test::FrameTest {
 protected:
     void SetUp() override {
-        static NuvCpuQuery const fake = {smallCacheIntel, noSavedState};
-        nuvSetCpuQuery(&fake);
-        nuvResetFrameState();
-        cpuidCalls = 0;
+        FrameTest::SetUp();
+        play(nuv::test::processors::smallCacheIntel(0, 1024 * 1024));
     }
-    void TearDown() override {
-        nuvSetCpuQuery(nullptr);
-        nuvResetFrameState();
-    }
+    int cpuidCalls() { return cpu().totalCalls(); }
 };
 
 TEST_F(SetStreamingTest, RegionsLargerThanTheCacheAreFilledExactly) {
     std::mt19937 rng(5);
     nuv::test::forEachSlot([&](int slot) {
         // 1100 * 1000 bytes pass the 1 MiB cache: streaming stores, one run and row by row.
-        nuvResetFrameState();
-        cpuidCalls = 0;
+        restart();
         expectFilled(slot, 0x11, 1100, 1000, {0, 0, false, 32}, rng);
-        EXPECT_GT(cpuidCalls, 0) << "the cache size was not asked for";
+        EXPECT_GT(cpuidCalls(), 0) << "the cache size was not asked for";
         expectFilled(slot, 0x22, 1100, 1000, {13, 7, false, 32}, rng);
         expectFilled(slot, 0x33, 1099, 1001, {0, 5, true, 32}, rng);
     });
@@ -142,13 +116,12 @@ TEST_F(SetStreamingTest, RegionsLargerThanTheCacheAreFilledExactly) {
 TEST_F(SetStreamingTest, TheCacheIsAskedOnlyAboveHalfAMebibyte) {
     std::mt19937 rng(6);
     nuv::test::forEachSlot([&](int slot) {
-        nuvResetFrameState();
-        cpuidCalls = 0;
+        restart();
         expectFilled(slot, 0x44, 1024, 512, {0, 0, false, 32}, rng);  // exactly 0x80000 bytes
-        EXPECT_EQ(cpuidCalls, 0);
+        EXPECT_EQ(cpuidCalls(), 0);
         // Just above: asked, and below the cache size, so the plain stores fill it.
         expectFilled(slot, 0x55, 1025, 512, {3, 1, false, 32}, rng);
-        EXPECT_GT(cpuidCalls, 0);
+        EXPECT_GT(cpuidCalls(), 0);
     });
 }
 

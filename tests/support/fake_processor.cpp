@@ -1,4 +1,4 @@
-#include "frame/fake_processor.h"
+#include "support/fake_processor.h"
 
 #include <cstring>
 
@@ -80,19 +80,32 @@ CpuRegs cacheLevel(Ipp32u eax, Ipp32u ways, Ipp32u lineSize, Ipp32u sets) {
 
 constexpr char intel[] = "GenuineIntel";
 
+// An Intel part told apart by its highest leaf and its leaf-1 answer; the other leaves are
+// added by the callers that need them.
+FakeProcessor intelPart(Ipp32u maxLeaf, CpuRegs leaf1) {
+    FakeProcessor cpu;
+    cpu.vendor(intel, maxLeaf).answer(1, leaf1);
+    return cpu;
+}
+
+// The leaf-4 levels shared by the recorded desktop parts of one era: 32 KiB data and
+// instruction caches, 256 KiB second level, 8 MiB third level.
+FakeProcessor& desktopCaches8MiB(FakeProcessor& cpu) {
+    return cpu
+        .answer(4, 0, cacheLevel(0x1C004121, 8, 64, 64))      // L1 data, 32 KiB
+        .answer(4, 1, cacheLevel(0x1C004122, 8, 64, 64))      // L1 instruction, 32 KiB
+        .answer(4, 2, cacheLevel(0x1C004143, 8, 64, 512))     // L2, 256 KiB
+        .answer(4, 3, cacheLevel(0x1C03C163, 16, 64, 8192));  // L3, 8 MiB
+}
+
 }  // namespace
 
 namespace processors {
 
 FakeProcessor haswell() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xD)
-        .answer(1, {0x000306C3, 0x02100800, 0x7FFAFBFF, 0xBFEBFBFF})
-        .answer(2, {0x76036301, 0x00F0B5FF, 0x00000000, 0x00C10000})
-        .answer(4, 0, cacheLevel(0x1C004121, 8, 64, 64))     // L1 data, 32 KiB
-        .answer(4, 1, cacheLevel(0x1C004122, 8, 64, 64))     // L1 instruction, 32 KiB
-        .answer(4, 2, cacheLevel(0x1C004143, 8, 64, 512))    // L2, 256 KiB
-        .answer(4, 3, cacheLevel(0x1C03C163, 16, 64, 8192))  // L3, 8 MiB
+    FakeProcessor cpu = intelPart(0xD, {0x000306C3, 0x02100800, 0x7FFAFBFF, 0xBFEBFBFF});
+    cpu.answer(2, {0x76036301, 0x00F0B5FF, 0x00000000, 0x00C10000});
+    desktopCaches8MiB(cpu)
         .answer(4, 4, {})
         .answer(7, 0, {0, 0x000027AB, 0, 0})
         .answer(0x80000000u, {0x80000008u, 0, 0, 0})
@@ -102,41 +115,26 @@ FakeProcessor haswell() {
 }
 
 FakeProcessor ivyBridge() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xD)
-        .answer(1, {0x000306A9, 0x03100800, 0x7FBAE3FF, 0xBFEBFBFF})
-        .answer(4, 0, cacheLevel(0x1C004121, 8, 64, 64))
-        .answer(4, 1, cacheLevel(0x1C004122, 8, 64, 64))
-        .answer(4, 2, cacheLevel(0x1C004143, 8, 64, 512))
-        .answer(4, 3, cacheLevel(0x1C03C163, 16, 64, 8192))
-        .answer(7, 0, {0, 0x00000281, 0, 0})
-        .xcr0(7);
+    FakeProcessor cpu = intelPart(0xD, {0x000306A9, 0x03100800, 0x7FBAE3FF, 0xBFEBFBFF});
+    desktopCaches8MiB(cpu).answer(7, 0, {0, 0x00000281, 0, 0}).xcr0(7);
     return cpu;
 }
 
 FakeProcessor westmere() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xB).answer(1, {0x000206C2, 0x00200800, 0x029EE3FF, 0xBFEBFBFF});
-    return cpu;
+    return intelPart(0xB, {0x000206C2, 0x00200800, 0x029EE3FF, 0xBFEBFBFF});
 }
 
 FakeProcessor silvermont() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xB).answer(1, {0x000406D8, 0x00100800, 0x43D8E3BF, 0xBFEBFBFF});
-    return cpu;
+    return intelPart(0xB, {0x000406D8, 0x00100800, 0x43D8E3BF, 0xBFEBFBFF});
 }
 
 FakeProcessor penryn() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xD).answer(1, {0x0001067A, 0x00020800, 0x0408E3FD, 0xBFEBFBFF});
-    return cpu;
+    return intelPart(0xD, {0x0001067A, 0x00020800, 0x0408E3FD, 0xBFEBFBFF});
 }
 
 FakeProcessor core2Merom() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xA)
-        .answer(1, {0x000006F6, 0x00020800, 0x0000E3BD, 0xBFEBFBFF})
-        .answer(4, 0, cacheLevel(0x04000121, 8, 64, 64))
+    FakeProcessor cpu = intelPart(0xA, {0x000006F6, 0x00020800, 0x0000E3BD, 0xBFEBFBFF});
+    cpu.answer(4, 0, cacheLevel(0x04000121, 8, 64, 64))
         .answer(4, 1, cacheLevel(0x04000122, 8, 64, 64))
         .answer(4, 2, cacheLevel(0x04004143, 16, 64, 4096))  // L2, 4 MiB
         .answer(4, 3, {});
@@ -144,25 +142,19 @@ FakeProcessor core2Merom() {
 }
 
 FakeProcessor atomBonnell() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0xA).answer(1, {0x000106C2, 0x00010800, 0x0040C39D, 0xBFE9FBFF});
-    return cpu;
+    return intelPart(0xA, {0x000106C2, 0x00010800, 0x0040C39D, 0xBFE9FBFF});
 }
 
 FakeProcessor prescott() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0x5)
-        .answer(1, {0x00000F41, 0x00010800, 0x0000649D, 0xBFEBFBFF})
-        .answer(4, 0, cacheLevel(0x00004121, 8, 64, 32))
+    FakeProcessor cpu = intelPart(0x5, {0x00000F41, 0x00010800, 0x0000649D, 0xBFEBFBFF});
+    cpu.answer(4, 0, cacheLevel(0x00004121, 8, 64, 32))
         .answer(4, 1, cacheLevel(0x00004143, 8, 64, 2048));  // L2, 1 MiB
     return cpu;
 }
 
 FakeProcessor northwood() {
-    FakeProcessor cpu;
-    cpu.vendor(intel, 0x2)
-        .answer(1, {0x00000F29, 0x00010809, 0x00004400, 0xBFEBFBFF})
-        .answer(2, {0x665B5001, 0x00000000, 0x00000000, 0x007B7040});
+    FakeProcessor cpu = intelPart(0x2, {0x00000F29, 0x00010809, 0x00004400, 0xBFEBFBFF});
+    cpu.answer(2, {0x665B5001, 0x00000000, 0x00000000, 0x007B7040});
     return cpu;
 }
 
@@ -173,6 +165,17 @@ FakeProcessor amdZen2() {
         .answer(4, 0, cacheLevel(0x00004121, 8, 64, 64))
         .answer(7, 0, {0, 0x219C91A9, 0, 0})
         .xcr0(7);
+    return cpu;
+}
+
+FakeProcessor smallCacheIntel(Ipp8u leaf2Descriptor, int leaf4Bytes) {
+    FakeProcessor cpu;
+    cpu.vendor(intel, 4);
+    // One round of leaf 2, the descriptor in the byte above the round count.
+    if (leaf2Descriptor != 0) cpu.answer(2, {0x01u | (Ipp32u{leaf2Descriptor} << 8), 0, 0, 0});
+    // 16 ways of 64-byte lines; sub-leaf 1 answers zeros and ends the list.
+    const auto sets = static_cast<Ipp32u>(leaf4Bytes) / (16 * 64);
+    cpu.answer(4, 0, cacheLevel(0x00000041, 16, 64, sets));
     return cpu;
 }
 
@@ -194,6 +197,11 @@ void FrameTest::play(FakeProcessor const& cpu) {
     _cpu.resetCounts();
     playing = &_cpu;
     nuvSetCpuQuery(&fakeQuery);
+}
+
+void FrameTest::restart() {
+    nuvResetFrameState();
+    _cpu.resetCounts();
 }
 
 }  // namespace nuv::test

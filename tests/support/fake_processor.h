@@ -1,5 +1,5 @@
 // Recorded answers of other processors, played to the frame through nuvSetCpuQuery, and the
-// fixture that every selection test starts from.
+// fixture that every test playing a processor starts from.
 #pragma once
 
 #include "primitives/frame/cpu_query.h"
@@ -58,6 +58,12 @@ FakeProcessor atomBonnell();  // Intel, SSSE3 with MOVBE
 FakeProcessor prescott();     // Intel, SSE3 only
 FakeProcessor northwood();    // Intel, SSE2 only, highest leaf 2, 512 KiB by descriptor
 FakeProcessor amdZen2();      // AuthenticAMD, AVX2 complete
+
+// "GenuineIntel" with highest leaf 4 and no feature bits, whose caches are small enough that
+// blocks of a few MiB pass them: leaf 2 holds the one descriptor byte leaf2Descriptor (no
+// answer for 0), which the copy family's older route reads, and leaf 4 one level-2 data cache
+// of leaf4Bytes (a multiple of 1 KiB), which ippGetMaxCacheSizeB reads.
+FakeProcessor smallCacheIntel(Ipp8u leaf2Descriptor, int leaf4Bytes);
 }  // namespace processors
 
 // Starts each test in the state of a fresh process and gives the processor back at the end.
@@ -68,6 +74,9 @@ protected:
     // Plays cpu to the frame until the end of the test (or the next play). The fixture keeps
     // its own copy, reachable as cpu().
     void play(FakeProcessor const& cpu);
+    // Returns the frame to a fresh process's state and clears the counts of the processor
+    // being played, so that the next call is seen asking on its own.
+    void restart();
     FakeProcessor& cpu() { return _cpu; }
 
 private:
