@@ -3,5 +3,13 @@
 
 #include <nuv/core.h>
 #include <nuv/cv/Exception.h>
+#include <nuv/cv/Segment.h>
+#include <nuv/cv/SegmentColorIndex.h>
+#include <nuv/cv/SegmentList.h>
+#include <nuv/cv/Segmenter.h>
+#include <nuv/cv/addition.h>
+#include <nuv/cv/init.h>
+#include <nuv/cv/mirror.h>
 #include <nuv/cv/tools.h>
+#include <nuv/cv/transpose.h>
 #include <nuv/primitives.h>
