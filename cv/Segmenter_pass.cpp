@@ -4,7 +4,9 @@
 
 #include <nuv/cv/tools.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 namespace nuv::cv {
 
@@ -57,6 +59,17 @@ Image Segmenter::doSegmentation(Image const& image) {
         // Rows are taken as packed: the pass walks width * height pixels of three bytes and
         // never looks at the step.
         unsigned char const* p = work.constData();
+        // An image of fewer channels holds fewer bytes than that walk reads. Its bytes are read
+        // as they stand and the missing tail as zeros, from a scratch copy, so that a wrong
+        // format gives a wrong answer and never a read past the buffer.
+        std::vector<unsigned char> padded;
+        const std::size_t wanted = std::size_t(3) * width * height;
+        const std::size_t held = std::size_t(work.step()) * height;
+        if (held < wanted) {
+            padded.assign(wanted, 0);
+            std::copy(p, p + held, padded.begin());
+            p = padded.data();
+        }
         for (int row = 0; row < height; ++row) {
             unsigned int previous = noClass;
             // The open run's length is kept here and written to the cell when it is flushed.

@@ -636,3 +636,26 @@ TEST(SegmenterImage, FramesOfChangingSizeAreEachSegmentedWhole) {
 }
 
 }  // namespace
+
+namespace {
+
+// A one-channel image passes the guard and is walked as three-byte pixels. Its 48 bytes give
+// the first 16 pixels, rows 0 and 1 of an 8-wide picture; what lies past its buffer reads as
+// nothing, never as memory beyond it.
+TEST(SegmenterImage, OneChannelImageIsReadWithinItsBuffer) {
+    Image gray(ImageInfo(8, 6, nuv::core::image::Gray));
+    for (unsigned i = 0; i < 48; ++i) gray.data()[i] = valueOf('G');
+    Segmenter segmenter;
+    segmenter.setColorSegments(classes("G"));
+
+    const Image result = segmenter.doSegmentation(gray);
+
+    const auto regions = nuv::core::image::segmentList(result);
+    ASSERT_EQ(regions.size(), 1);
+    // Two full rows are stored; the second is the last stored run and is left out.
+    EXPECT_EQ(regions.constBegin()->pixelCount, 8u);
+    EXPECT_EQ(regions.constBegin()->center, Point(4, 0));
+    EXPECT_EQ(regions.constBegin()->lines.size(), 1);
+}
+
+}  // namespace

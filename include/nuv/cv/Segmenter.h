@@ -58,7 +58,8 @@ public:
     // record per active class attached, in configured order; a class that was not found has
     // pixelCount 0. Only the null image is refused (a null image comes back). The pixels are
     // read as width * height packed three-byte pixels, whatever the image's step or channel
-    // count, so the caller hands in packed three-channel images or regions of them.
+    // count, so the caller hands in packed three-channel images or regions of them. An image
+    // too small for that walk is read as far as its buffer goes, the rest as zeros.
     nuv::core::image::Image doSegmentation(nuv::core::image::Image const& image);
 
     // The steps of the run encoding, called by doSegmentation on a class change and at each
