@@ -161,28 +161,75 @@ bool takesLargeRoute(Byte const* pSrc, int srcStep, Byte const* pDst, int dstSte
 // ------------------------------------------------------------------ three channels
 
 // m7: no tiles, pixels of three bytes by a plain double loop, two source rows a turn. The
-// inner loop runs down a source column, so each destination row is written front to back;
-// the two pixels of a turn are neighbours there and leave as one 8-byte store, whose last
-// two bytes belong to the next turn and are written again by it. The 4-byte loads read the
-// first byte of the next pixel, which the block has for all but its last column.
+// two pixels of a turn are neighbours in the destination and leave as one 8-byte store, whose
+// last two bytes belong to the next turn and are written again by it; the 4-byte loads read
+// the first byte of the next pixel, which the block has for all but its last column.
 template <Gen G>
-void transposePixelsPlain(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
-                          int height) {
+inline void movePixelPair(Byte const* upper, Byte const* lower, Byte* d) {
+    std::uint32_t top, bottom;
+    __builtin_memcpy(&top, upper, 4);
+    __builtin_memcpy(&bottom, lower, 4);
+    const std::uint64_t pair =
+        (top & 0xFFFFFFu) | (static_cast<std::uint64_t>(bottom & 0xFFFFFFu) << 24);
+    __builtin_memcpy(d, &pair, 8);
+}
+
+// Down one source column at a time, so that each destination row is written front to back.
+template <Gen G>
+void transposePixelsByColumn(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
+                             int height) {
     for (int x = 0; x < width; ++x) {
         Byte const* column = at(src, srcStep, 0, 3 * x);
         Byte* d = at(dst, dstStep, x, 0);
         int y = 0;
         if (x + 1 < width) {
-            for (; y + 3 <= height; y += 2) {
-                std::uint32_t top, bottom;
-                __builtin_memcpy(&top, column + static_cast<Offset>(y) * srcStep, 4);
-                __builtin_memcpy(&bottom, column + static_cast<Offset>(y + 1) * srcStep, 4);
-                const std::uint64_t pair =
-                    (top & 0xFFFFFFu) | (static_cast<std::uint64_t>(bottom & 0xFFFFFFu) << 24);
-                __builtin_memcpy(d + 3 * y, &pair, 8);
-            }
+            for (; y + 3 <= height; y += 2)
+                movePixelPair<G>(column + static_cast<Offset>(y) * srcStep,
+                                 column + static_cast<Offset>(y + 1) * srcStep, d + 3 * y);
         }
         for (; y < height; ++y) copyPixel3(column + static_cast<Offset>(y) * srcStep, d + 3 * y);
+    }
+}
+
+// In bands of eight columns, each source row pair moving eight pixel pairs.
+template <Gen G>
+void transposePixelsByBand(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
+                           int height) {
+    constexpr int kBand = 8;
+    for (int x0 = 0; x0 < width; x0 += kBand) {
+        const int x1 = smallest(x0 + kBand, width);
+        const int wide = smallest(x1, width - 1);
+        int y = 0;
+        for (; y + 3 <= height; y += 2) {
+            Byte const* upper = at(src, srcStep, y, 0);
+            Byte const* lower = at(src, srcStep, y + 1, 0);
+            int x = x0;
+            for (; x < wide; ++x)
+                movePixelPair<G>(upper + 3 * x, lower + 3 * x, at(dst, dstStep, x, 3 * y));
+            for (; x < x1; ++x) {
+                Byte* d = at(dst, dstStep, x, 3 * y);
+                copyPixel3(upper + 3 * x, d);
+                copyPixel3(lower + 3 * x, d + 3);
+            }
+        }
+        for (; y < height; ++y) {
+            Byte const* row = at(src, srcStep, y, 0);
+            for (int x = x0; x < x1; ++x) copyPixel3(row + 3 * x, at(dst, dstStep, x, 3 * y));
+        }
+    }
+}
+
+// Source rows whose distance is a multiple of 512 bytes fall into at most eight sets of the
+// first-level cache, fewer than the block's rows: running down a column, each row would evict
+// the line the next column needs. Such blocks go by bands, all others by columns.
+template <Gen G>
+void transposePixelsPlain(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
+                          int height) {
+    const int distance = srcStep < 0 ? -srcStep : srcStep;
+    if (distance % 512 == 0) {
+        transposePixelsByBand<G>(src, srcStep, dst, dstStep, width, height);
+    } else {
+        transposePixelsByColumn<G>(src, srcStep, dst, dstStep, width, height);
     }
 }
 

@@ -164,6 +164,23 @@ TEST(TransposeRegion, SeveralBlocksWithNarrowerLastStripsAndLowerLastBlocks) {
     }
 }
 
+// Source rows a multiple of 512 bytes apart share cache sets, and some generations walk such
+// blocks in another order; the bytes must not change with it.
+TEST(TransposeRegion, SourceRowsAMultipleOf512Apart) {
+    std::mt19937 rng(77);
+    for (Form const& form : forms) {
+        for (int round = 0; round < 8; ++round) {
+            const int width = static_cast<int>(rng() % 150) + 1;
+            const int height = static_cast<int>(rng() % 150) + 1;
+            const int rowBytes = width * form.channels;
+            const int step = (rowBytes / 512 + 1 + static_cast<int>(rng() % 2)) * 512;
+            const Layout source{step - rowBytes, static_cast<int>(rng() % 16), round % 2 == 1, 32};
+            expectModel(form, width, height, source, {static_cast<int>(rng() % 9), 0, false, 32},
+                        rng);
+        }
+    }
+}
+
 // --------------------------------------------------------------------- steps
 
 // No step is tested: a zero source step reads the first row again for every row, so each
