@@ -5,7 +5,7 @@
 // The scale factor picks one row rule, and every generation must give the bytes of the
 // scalar rule exactly; the vector forms below are built from operations whose results are
 // exact on bytes, never from approximations that happen to agree on most inputs.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
 #include <cstddef>
 #include <cstdint>

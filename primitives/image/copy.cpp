@@ -2,9 +2,9 @@
 // one-channel form with rows three times as long. Each generation keeps its own strategy:
 // which worker moves a row, and when a copy is large enough that its stores should stream
 // past the cache rather than evict the caller's working set.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
 #include <cstdint>
 

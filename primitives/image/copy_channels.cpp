@@ -6,7 +6,7 @@
 // y8, e9), 32 pixels a block with 256-bit ones (l9). A row's last block is laid to end at
 // the row's end, overlapping the one before, so that no pixel loop runs for rows of a block
 // or more.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
 #include <cstddef>
 #include <cstdint>

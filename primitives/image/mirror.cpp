@@ -5,7 +5,7 @@
 // The copying forms hand over to the in-place forms when source and destination are one
 // region. Both refuse to flip a single row top to bottom or a single column left to right:
 // callers rely on that refusal, so it stays although the result would be well defined.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Filling a one-channel region with a constant. The same routine in every generation; each
 // compilation encodes its 16-byte stores with that generation's instructions.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
 #include <cstddef>
 #include <cstdint>

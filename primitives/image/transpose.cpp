@@ -4,7 +4,7 @@
 // places; inside a block, register tiles do the work. Newer generations send a large aligned
 // one-channel image through a second blocking of 512 by 512 when it would not fit twice in
 // the cache, so that a frame does not evict itself.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
 #include <cstddef>
 #include <cstdint>

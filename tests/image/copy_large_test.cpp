@@ -6,7 +6,7 @@
 #include "support/guarded.h"
 #include "support/slots.h"
 
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
 #include <nuv/primitives.h>
 
@@ -31,10 +31,10 @@ using CopyFn = IppStatus (*)(Ipp8u const*, int, Ipp8u*, int, IppiSize);
 // table) and a 256 KiB data cache by deterministic parameters (leaf 4, ippGetMaxCacheSizeB)
 // for the test's lifetime; the fixture then gives the frame back the real processor in a
 // fresh state, so no later test sees the fake cache size.
-class CopyOnSmallCache : public nuv::test::FrameTest {
+class CopyOnSmallCache : public nuv::test::DispatchTest {
 protected:
     void SetUp() override {
-        FrameTest::SetUp();
+        DispatchTest::SetUp();
         play(nuv::test::processors::smallCacheIntel(0x43, 256 * 1024));
     }
 };

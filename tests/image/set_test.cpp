@@ -92,10 +92,10 @@ TEST(SetTest, PackedRowsAreOneRunAndPaddedRowsKeepTheirGaps) {
 
 // A GenuineIntel processor whose leaf 4 reports one 1 MiB data cache, counting queries. It
 // has no leaf-2 descriptor: the fill asks ippGetMaxCacheSizeB alone.
-class SetStreamingTest : public nuv::test::FrameTest {
+class SetStreamingTest : public nuv::test::DispatchTest {
 protected:
     void SetUp() override {
-        FrameTest::SetUp();
+        DispatchTest::SetUp();
         play(nuv::test::processors::smallCacheIntel(0, 1024 * 1024));
     }
     int cpuidCalls() { return cpu().totalCalls(); }

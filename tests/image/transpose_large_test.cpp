@@ -72,7 +72,7 @@ struct Case {
 
 const Layout aligned{0, 0, false, 32};
 
-class TransposeLarge : public nuv::test::FrameTest {
+class TransposeLarge : public nuv::test::DispatchTest {
 protected:
     // Transposes the case at every slot, each time from a fresh frame so that the cache query
     // runs again and can be counted, and checks the bytes against the model. `asked` says

@@ -17,7 +17,7 @@ extern "C" {
 #define NUV_DISPATCHED NUV_BODIES
 #define NUV_INTERNAL NUV_BODIES
 #include <nuv/primitives/dispatched.def>
-#include "primitives/frame/internal.def"
+#include "primitives/dispatch/internal.def"
 #undef NUV_DISPATCHED
 #undef NUV_INTERNAL
 }
@@ -30,7 +30,7 @@ namespace nuv::test::slotTable {
 #define NUV_DISPATCHED NUV_SLOT_TABLE
 #define NUV_INTERNAL NUV_SLOT_TABLE
 #include <nuv/primitives/dispatched.def>
-#include "primitives/frame/internal.def"
+#include "primitives/dispatch/internal.def"
 #undef NUV_DISPATCHED
 #undef NUV_INTERNAL
 }  // namespace nuv::test::slotTable

@@ -181,26 +181,26 @@ FakeProcessor smallCacheIntel(Ipp8u leaf2Descriptor, int leaf4Bytes) {
 
 }  // namespace processors
 
-void FrameTest::SetUp() {
-    nuvResetFrameState();
+void DispatchTest::SetUp() {
+    nuvResetDispatchState();
     playing = nullptr;
 }
 
-void FrameTest::TearDown() {
+void DispatchTest::TearDown() {
     nuvSetCpuQuery(nullptr);
     playing = nullptr;
-    nuvResetFrameState();
+    nuvResetDispatchState();
 }
 
-void FrameTest::play(FakeProcessor const& cpu) {
+void DispatchTest::play(FakeProcessor const& cpu) {
     _cpu = cpu;
     _cpu.resetCounts();
     playing = &_cpu;
     nuvSetCpuQuery(&fakeQuery);
 }
 
-void FrameTest::restart() {
-    nuvResetFrameState();
+void DispatchTest::restart() {
+    nuvResetDispatchState();
     _cpu.resetCounts();
 }
 

@@ -2,7 +2,7 @@
 // fixture that every test playing a processor starts from.
 #pragma once
 
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ FakeProcessor smallCacheIntel(Ipp8u leaf2Descriptor, int leaf4Bytes);
 }  // namespace processors
 
 // Starts each test in the state of a fresh process and gives the processor back at the end.
-class FrameTest : public ::testing::Test {
+class DispatchTest : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;

@@ -1,7 +1,7 @@
 // The copy family's own route to the cache size: older than ippGetMaxCacheSizeB and kept
 // apart from it on purpose, with its own table of code bytes.
-#include "primitives/frame/cache_descriptors.h"
-#include "primitives/frame/probes.h"
+#include "primitives/dispatch/cache_descriptors.h"
+#include "primitives/dispatch/probes.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ static_assert(sizeof TableCacheSize / sizeof TableCacheSize[0] == 43);
 
 extern "C" int nuvLegacyCacheSize(void) {
     if (ipp_max_cpuid_input() < 2 || !ipp_is_GenuineIntel()) return 0;
-    const int size = nuv::prim::frame::scanLeaf2(TableCacheSize, [](CodedDescriptor const& e) {
+    const int size = nuv::prim::dispatch::scanLeaf2(TableCacheSize, [](CodedDescriptor const& e) {
         return (e.code >> 4) << ((e.code & 15) + 18);
     });
     return size < 0 ? 0 : size;

@@ -1,12 +1,12 @@
 // The largest cache: by deterministic cache parameters (leaf 4), by descriptor bytes
 // (leaf 2) where leaf 4 is missing, once per process, and 0 on other vendors.
 #include "support/fake_processor.h"
-#include "primitives/frame/frame_state.h"
+#include "primitives/dispatch/dispatch_state.h"
 
 namespace nuv::test {
 namespace {
 
-namespace frame = nuv::prim::frame;
+namespace dispatch = nuv::prim::dispatch;
 
 constexpr int KiB = 1024;
 constexpr int MiB = 1024 * 1024;
@@ -40,17 +40,17 @@ void expectCache(CacheAnswer got, IppStatus status, int size) {
     EXPECT_EQ(got.size, size);
 }
 
-using CacheSizeTest = FrameTest;
+using CacheSizeTest = DispatchTest;
 
 // ---------------------------------------------------------------- leaf 4
 
 TEST_F(CacheSizeTest, Leaf4LargestLevelOfRecordedProcessors) {
     play(processors::haswell());
     expectCache(askCache(), ippStsNoErr, 8 * MiB);
-    nuvResetFrameState();
+    nuvResetDispatchState();
     play(processors::core2Merom());
     expectCache(askCache(), ippStsNoErr, 4 * MiB);
-    nuvResetFrameState();
+    nuvResetDispatchState();
     // Highest leaf 5: leaf 4 is there.
     play(processors::prescott());
     expectCache(askCache(), ippStsNoErr, 1 * MiB);
@@ -93,13 +93,13 @@ TEST_F(CacheSizeTest, Leaf4WrappedProductsAreSigned) {
     negative.answer(4, 0, level(1, 1, 1024, 1024, 2048, 1)).answer(4, 1, level(1, 2, 8, 1, 64, 64));
     play(negative);
     expectCache(askCache(), ippStsNoErr, 32 * KiB);
-    nuvResetFrameState();
+    nuvResetDispatchState();
     // Alone, it leaves nothing: the size is unknown.
     FakeProcessor alone = intelWithMaxLeaf(4);
     alone.answer(4, 0, level(1, 1, 1024, 1024, 2048, 1));
     play(alone);
     expectCache(askCache(), ippStsCacheSizeUnknownWrn, 0);
-    nuvResetFrameState();
+    nuvResetDispatchState();
     // 2^32 wraps to 0.
     FakeProcessor zero = intelWithMaxLeaf(4);
     zero.answer(4, 0, level(1, 1, 1024, 1024, 4096, 1));
@@ -115,7 +115,7 @@ TEST_F(CacheSizeTest, Leaf4WithoutLevelsIsUnknown) {
     expectCache(askCache(), ippStsCacheSizeUnknownWrn, 0);
     EXPECT_EQ(this->cpu().calls(2), 0);
     // Only instruction caches: unknown as well.
-    nuvResetFrameState();
+    nuvResetDispatchState();
     FakeProcessor instructionOnly = intelWithMaxLeaf(4);
     instructionOnly.answer(4, 0, level(2, 1, 8, 1, 64, 64));
     play(instructionOnly);
@@ -133,7 +133,7 @@ TEST_F(CacheSizeTest, Leaf2RecordedProcessor) {
 TEST_F(CacheSizeTest, Leaf2UsedBelowLeaf4) {
     for (Ipp32u maxLeaf : {2u, 3u}) {
         SCOPED_TRACE(maxLeaf);
-        nuvResetFrameState();
+        nuvResetDispatchState();
         FakeProcessor cpu = intelWithMaxLeaf(maxLeaf);
         cpu.answer(2, {0x00000001, 0, 0, 0x00000043}).answer(4, 0, level(1, 1, 16, 1, 64, 65536));
         play(cpu);
@@ -172,7 +172,7 @@ TEST_F(CacheSizeTest, Leaf2EveryTableRow) {
         SCOPED_TRACE(::testing::Message() << std::hex << int(row.descriptor));
         // Each descriptor in each position of EDX.
         for (int shift = 0; shift < 32; shift += 8) {
-            nuvResetFrameState();
+            nuvResetDispatchState();
             FakeProcessor cpu = intelWithMaxLeaf(2);
             cpu.answer(2, {0x00000001, 0, 0, Ipp32u{row.descriptor} << shift});
             play(cpu);
@@ -185,10 +185,10 @@ TEST_F(CacheSizeTest, Leaf2EveryTableRow) {
         }
     }
     // The table as the frame holds it: 55 rows, then the end.
-    EXPECT_EQ(frame::tableCache[55].descriptor, 0);
+    EXPECT_EQ(dispatch::tableCache[55].descriptor, 0);
     for (int i = 0; i < 55; ++i) {
-        EXPECT_EQ(frame::tableCache[i].descriptor, rows[i].descriptor) << i;
-        EXPECT_EQ(frame::tableCache[i].size, rows[i].kib * KiB) << i;
+        EXPECT_EQ(dispatch::tableCache[i].descriptor, rows[i].descriptor) << i;
+        EXPECT_EQ(dispatch::tableCache[i].size, rows[i].kib * KiB) << i;
     }
 }
 
@@ -219,7 +219,7 @@ TEST_F(CacheSizeTest, Leaf2EaxUpperBytesAreDescriptors) {
 TEST_F(CacheSizeTest, Leaf2MoreThanOneRoundIsUnknown) {
     for (Ipp32u eax : {0x4D000002u, 0x4D000000u, 0x4D0000FFu, 0x4D000100u}) {
         SCOPED_TRACE(eax);
-        nuvResetFrameState();
+        nuvResetDispatchState();
         FakeProcessor cpu = intelWithMaxLeaf(2);
         cpu.answer(2, {eax, 0x00000043, 0, 0});
         play(cpu);
@@ -238,7 +238,7 @@ TEST_F(CacheSizeTest, Leaf2WithoutKnownDescriptorsIsUnknown) {
     };
     for (Case const& c : cases) {
         SCOPED_TRACE(c.name);
-        nuvResetFrameState();
+        nuvResetDispatchState();
         FakeProcessor cpu = intelWithMaxLeaf(2);
         cpu.answer(2, c.leaf2);
         play(cpu);
@@ -250,10 +250,10 @@ TEST_F(CacheSizeTest, OwnGetCacheSizeReportsMinusOne) {
     FakeProcessor cpu = intelWithMaxLeaf(2);
     cpu.answer(2, {0x00000002, 0, 0, 0x43});
     play(cpu);
-    EXPECT_EQ(frame::ownGetCacheSize(frame::tableCache), -1);
+    EXPECT_EQ(dispatch::ownGetCacheSize(dispatch::tableCache), -1);
     cpu.answer(2, {0x00000001, 0, 0, 0x43});
     play(cpu);
-    EXPECT_EQ(frame::ownGetCacheSize(frame::tableCache), 512 * KiB);
+    EXPECT_EQ(dispatch::ownGetCacheSize(dispatch::tableCache), 512 * KiB);
 }
 
 // ---------------------------------------------------------------- no answer
@@ -261,7 +261,7 @@ TEST_F(CacheSizeTest, OwnGetCacheSizeReportsMinusOne) {
 TEST_F(CacheSizeTest, HighestLeafBelowTwo) {
     for (Ipp32u maxLeaf : {0u, 1u}) {
         SCOPED_TRACE(maxLeaf);
-        nuvResetFrameState();
+        nuvResetDispatchState();
         FakeProcessor cpu = intelWithMaxLeaf(maxLeaf);
         cpu.answer(2, {0x00000001, 0, 0, 0x43});
         play(cpu);
@@ -278,7 +278,7 @@ TEST_F(CacheSizeTest, OtherVendorHasNoCacheSize) {
     EXPECT_EQ(cpu().calls(2), 0);
     expectCache(askCache(), ippStsNoCpuFeaturesWrn, 0);
     // Whatever selection did.
-    nuvResetFrameState();
+    nuvResetDispatchState();
     EXPECT_EQ(ippStaticInit(), ippStsNonGenuineCpuWrn);
     expectCache(askCache(), ippStsNoCpuFeaturesWrn, 0);
 }
@@ -287,7 +287,7 @@ TEST_F(CacheSizeTest, NullPointerAsksNothing) {
     play(processors::haswell());
     EXPECT_EQ(ippGetMaxCacheSizeB(nullptr), ippStsNullPtrErr);
     EXPECT_EQ(cpu().totalCalls(), 0);
-    EXPECT_EQ(frame::ownStatus, 1);
+    EXPECT_EQ(dispatch::ownStatus, 1);
     expectCache(askCache(), ippStsNoErr, 8 * MiB);
     // Also after the query.
     EXPECT_EQ(ippGetMaxCacheSizeB(nullptr), ippStsNullPtrErr);
@@ -307,8 +307,8 @@ TEST_F(CacheSizeTest, QueryRunsOnce) {
     play(processors::northwood());
     expectCache(askCache(), ippStsNoErr, 8 * MiB);
     EXPECT_EQ(cpu().totalCalls(), 0);
-    EXPECT_EQ(frame::ownStatus, 0);
-    EXPECT_EQ(frame::cacheSize, 8 * MiB);
+    EXPECT_EQ(dispatch::ownStatus, 0);
+    EXPECT_EQ(dispatch::cacheSize, 8 * MiB);
 }
 
 TEST_F(CacheSizeTest, FailureIsKeptForGood) {
@@ -318,7 +318,7 @@ TEST_F(CacheSizeTest, FailureIsKeptForGood) {
     expectCache(askCache(), ippStsNoCpuFeaturesWrn, 0);
     EXPECT_EQ(cpu().totalCalls(), 0);
 
-    nuvResetFrameState();
+    nuvResetDispatchState();
     FakeProcessor unknown = intelWithMaxLeaf(2);
     unknown.answer(2, {0x00000002, 0, 0, 0});
     play(unknown);
@@ -331,9 +331,9 @@ TEST_F(CacheSizeTest, FailureIsKeptForGood) {
 TEST_F(CacheSizeTest, ResetAsksAgain) {
     play(processors::haswell());
     expectCache(askCache(), ippStsNoErr, 8 * MiB);
-    nuvResetFrameState();
-    EXPECT_EQ(frame::ownStatus, 1);
-    EXPECT_EQ(frame::cacheSize, 0);
+    nuvResetDispatchState();
+    EXPECT_EQ(dispatch::ownStatus, 1);
+    EXPECT_EQ(dispatch::cacheSize, 0);
     play(processors::northwood());
     expectCache(askCache(), ippStsNoErr, 512 * KiB);
 }

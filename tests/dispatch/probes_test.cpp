@@ -1,6 +1,6 @@
 // The processor probes against the bits they are defined by.
 #include "support/fake_processor.h"
-#include "primitives/frame/probes.h"
+#include "primitives/dispatch/probes.h"
 
 namespace nuv::test {
 namespace {
@@ -30,7 +30,7 @@ SingleBitProbe const singleBitProbes[] = {
     {"ipp_is_movbe", ipp_is_movbe, true, 22},
 };
 
-using ProbesTest = FrameTest;
+using ProbesTest = DispatchTest;
 
 TEST_F(ProbesTest, SingleBitProbes) {
     for (SingleBitProbe const& p : singleBitProbes) {

@@ -1,8 +1,8 @@
-#include "primitives/frame/cache_descriptors.h"
+#include "primitives/dispatch/cache_descriptors.h"
 
 #include <cstring>
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 bool Leaf2Bytes::contains(unsigned char descriptor) const {
     for (int i = 1; i <= count; ++i)
@@ -27,4 +27,4 @@ Leaf2Bytes readLeaf2() {
     return leaf2;
 }
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch

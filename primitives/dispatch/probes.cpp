@@ -1,4 +1,4 @@
-#include "primitives/frame/probes.h"
+#include "primitives/dispatch/probes.h"
 
 #include <cstring>
 

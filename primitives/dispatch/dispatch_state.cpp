@@ -1,8 +1,8 @@
-#include "primitives/frame/frame_state.h"
+#include "primitives/dispatch/dispatch_state.h"
 
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 Ipp64u ownFeaturesMask = 7;
 Ipp64u ownFeatures = 0;
@@ -10,10 +10,10 @@ int ownFeaturesAreValid = 0;
 int ownStatus = 1;
 int cacheSize = 0;
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch
 
-extern "C" void nuvResetFrameState(void) {
-    using namespace nuv::prim::frame;
+extern "C" void nuvResetDispatchState(void) {
+    using namespace nuv::prim::dispatch;
     ippJumpIndexForMergedLibs = 0;
     ippJumpIndexForMergedLibsLP = 0;
     ownFeaturesMask = 7;

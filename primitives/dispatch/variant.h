@@ -26,7 +26,7 @@ namespace nuv::prim::NUV_V {
 #define NUV_DISPATCHED(name, slot2, slot3, ret, params, args) ret name params;
 #define NUV_INTERNAL(name, slot2, slot3, ret, params, args) ret name params;
 #include <nuv/primitives/dispatched.def>
-#include "primitives/frame/internal.def"
+#include "primitives/dispatch/internal.def"
 #undef NUV_DISPATCHED
 #undef NUV_INTERNAL
 }  // namespace nuv::prim::NUV_V

@@ -4,7 +4,7 @@
 // Every query goes through nuvCpuid and nuvXgetbv0, so a test can play another processor.
 #pragma once
 
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
 #ifdef __cplusplus
 extern "C" {

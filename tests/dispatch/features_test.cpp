@@ -1,19 +1,19 @@
 // The feature word: each bit from its source, read once, the "leafread" side door, and the
 // enabled mask with its setters.
 #include "support/fake_processor.h"
-#include "primitives/frame/frame_state.h"
+#include "primitives/dispatch/dispatch_state.h"
 
 #include <cstring>
 
 namespace nuv::test {
 namespace {
 
-namespace frame = nuv::prim::frame;
+namespace dispatch = nuv::prim::dispatch;
 
 // The eight bytes of the text "leafread" as a little-endian word, spelt out.
 constexpr Ipp64u leafReadMarker = 0x646165726661656Cull;
 
-using FeaturesTest = FrameTest;
+using FeaturesTest = DispatchTest;
 
 TEST_F(FeaturesTest, MarkerIsTheTextAsALittleEndianWord) {
     Ipp64u fromText;
@@ -45,13 +45,13 @@ BitSource const leaf1Sources[] = {
     {"F16C", true, 29, ippCPUID_F16C},
 };
 
-class FeatureWord : public FrameTest {
+class FeatureWord : public DispatchTest {
 protected:
     Ipp64u detectOn(FakeProcessor const& cpu) {
-        nuvResetFrameState();
+        nuvResetDispatchState();
         play(cpu);
         Ipp64u word = 0;
-        EXPECT_EQ(frame::ownGetMaskFeatures(&word), 1);
+        EXPECT_EQ(dispatch::ownGetMaskFeatures(&word), 1);
         return word;
     }
 };
@@ -163,8 +163,8 @@ TEST_F(FeaturesTest, ReadsTheProcessorOnce) {
     EXPECT_EQ(second, 0xEFFFu);
     EXPECT_EQ(cpu().totalCalls(), 0);
     EXPECT_EQ(cpu().xcr0Reads(), 0);
-    EXPECT_EQ(frame::ownFeaturesAreValid, 1);
-    EXPECT_EQ(frame::ownFeatures, 0xEFFFu);
+    EXPECT_EQ(dispatch::ownFeaturesAreValid, 1);
+    EXPECT_EQ(dispatch::ownFeatures, 0xEFFFu);
     // Another processor later changes nothing: the word is the first one's.
     play(processors::northwood());
     EXPECT_EQ(ippGetCpuFeatures(&second, nullptr), ippStsNoErr);
@@ -264,22 +264,22 @@ TEST_F(FeaturesTest, SideDoorDoesNotRedetect) {
 TEST_F(FeaturesTest, EnabledMaskStartsAtSeven) {
     play(processors::haswell());
     EXPECT_EQ(ippGetEnabledCpuFeatures(), 7u);
-    EXPECT_EQ(frame::ownGetFeature(0), 1);
-    EXPECT_EQ(frame::ownGetFeature(ippCPUID_MMX), 1);
-    EXPECT_EQ(frame::ownGetFeature(ippCPUID_MMX | ippCPUID_SSE | ippCPUID_SSE2), 1);
-    EXPECT_EQ(frame::ownGetFeature(ippCPUID_SSE3), 0);
-    EXPECT_EQ(frame::ownGetFeature(ippCPUID_SSE2 | ippCPUID_SSE3), 0);
+    EXPECT_EQ(dispatch::ownGetFeature(0), 1);
+    EXPECT_EQ(dispatch::ownGetFeature(ippCPUID_MMX), 1);
+    EXPECT_EQ(dispatch::ownGetFeature(ippCPUID_MMX | ippCPUID_SSE | ippCPUID_SSE2), 1);
+    EXPECT_EQ(dispatch::ownGetFeature(ippCPUID_SSE3), 0);
+    EXPECT_EQ(dispatch::ownGetFeature(ippCPUID_SSE2 | ippCPUID_SSE3), 0);
 }
 
 TEST_F(FeaturesTest, GetFeatureAsksForAllBits) {
     play(processors::haswell());
-    EXPECT_EQ(frame::ownSetFeatureMask(0x8000000000000011ull), 1);
+    EXPECT_EQ(dispatch::ownSetFeatureMask(0x8000000000000011ull), 1);
     EXPECT_EQ(ippGetEnabledCpuFeatures(), 0x8000000000000011ull);
-    EXPECT_EQ(frame::ownGetFeature(0x10), 1);
-    EXPECT_EQ(frame::ownGetFeature(0x8000000000000000ull), 1);
-    EXPECT_EQ(frame::ownGetFeature(0x8000000000000011ull), 1);
-    EXPECT_EQ(frame::ownGetFeature(0x11 | 0x2), 0);
-    EXPECT_EQ(frame::ownGetFeature(0x4000000000000000ull), 0);
+    EXPECT_EQ(dispatch::ownGetFeature(0x10), 1);
+    EXPECT_EQ(dispatch::ownGetFeature(0x8000000000000000ull), 1);
+    EXPECT_EQ(dispatch::ownGetFeature(0x8000000000000011ull), 1);
+    EXPECT_EQ(dispatch::ownGetFeature(0x11 | 0x2), 0);
+    EXPECT_EQ(dispatch::ownGetFeature(0x4000000000000000ull), 0);
 }
 
 TEST_F(FeaturesTest, SetMaskZeroChangesOnlyTheEnabledWord) {
@@ -293,8 +293,8 @@ TEST_F(FeaturesTest, SetMaskZeroChangesOnlyTheEnabledWord) {
     EXPECT_EQ(ippGetEnabledCpuFeatures(), 0u);
     EXPECT_EQ(ippJumpIndexForMergedLibs, 6u);
     EXPECT_EQ(ippJumpIndexForMergedLibsLP, 0u);
-    EXPECT_EQ(frame::ownFeatures, 0xEFFFu);
-    EXPECT_EQ(frame::ownFeaturesAreValid, 1);
+    EXPECT_EQ(dispatch::ownFeatures, 0xEFFFu);
+    EXPECT_EQ(dispatch::ownFeaturesAreValid, 1);
     Ipp64u word = 0;
     EXPECT_EQ(ippGetCpuFeatures(&word, nullptr), ippStsNoErr);
     EXPECT_EQ(word, 0xEFFFu);
@@ -317,8 +317,8 @@ TEST_F(FeaturesTest, SetMaskIsNotValidated) {
 TEST_F(FeaturesTest, MaskIsFeaturesReplacesTheDetectedWord) {
     play(processors::haswell());
     EXPECT_EQ(ippSetCpuFeaturesMask(0x55), ippStsNoErr);
-    frame::ownMaskIsFeatures();
-    EXPECT_EQ(frame::ownFeaturesAreValid, 1);
+    dispatch::ownMaskIsFeatures();
+    EXPECT_EQ(dispatch::ownFeaturesAreValid, 1);
     Ipp64u word = 0;
     EXPECT_EQ(ippGetCpuFeatures(&word, nullptr), ippStsNoErr);
     EXPECT_EQ(word, 0x55u);
@@ -332,7 +332,7 @@ TEST_F(FeaturesTest, MaskIsFeaturesAfterDetection) {
     EXPECT_EQ(ippGetCpuFeatures(&word, nullptr), ippStsNoErr);
     EXPECT_EQ(word, 0xEFFFu);
     cpu().resetCounts();
-    frame::ownMaskIsFeatures();
+    dispatch::ownMaskIsFeatures();
     EXPECT_EQ(ippGetCpuFeatures(&word, nullptr), ippStsNoErr);
     EXPECT_EQ(word, 7u);
     EXPECT_EQ(cpu().totalCalls(), 0);
@@ -341,7 +341,7 @@ TEST_F(FeaturesTest, MaskIsFeaturesAfterDetection) {
 TEST_F(FeaturesTest, GetRegPassesLeafAndSubleaf) {
     play(processors::haswell());
     Ipp32u regs[4];
-    frame::ownGetReg(regs, 4, 2);
+    dispatch::ownGetReg(regs, 4, 2);
     const CpuRegs l2 = cpu().query(4, 2);
     EXPECT_EQ(regs[0], l2.eax);
     EXPECT_EQ(regs[1], l2.ebx);

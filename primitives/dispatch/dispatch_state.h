@@ -1,12 +1,12 @@
 // The process-wide words behind processor selection and the cache query, and the internal
 // functions that read and write them. Plain words, unguarded: selection runs before the host
 // starts other threads, and a racing first cache query only computes the same value twice.
-// nuvResetFrameState (cpu_query.h) puts all of them back to their first values.
+// nuvResetDispatchState (cpu_query.h) puts all of them back to their first values.
 #pragma once
 
 #include <nuv/primitives.h>
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 // Enabled features: what selection decided the bodies may use. 7 (MMX, SSE, SSE2) until then.
 extern Ipp64u ownFeaturesMask;
@@ -45,4 +45,4 @@ extern CacheDescriptor const tableCache[tableCacheRows];
 // The size of the first row of table, in table order, that leaf 2 reports; -1 if none.
 int ownGetCacheSize(CacheDescriptor const (&table)[tableCacheRows]);
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch

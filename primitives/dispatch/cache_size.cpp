@@ -1,10 +1,10 @@
 // The largest cache of the processor, asked once per process. Bodies that choose between
 // plain and non-temporal stores ask for it on demand, selection or not.
-#include "primitives/frame/cache_descriptors.h"
-#include "primitives/frame/frame_state.h"
-#include "primitives/frame/probes.h"
+#include "primitives/dispatch/cache_descriptors.h"
+#include "primitives/dispatch/dispatch_state.h"
+#include "primitives/dispatch/probes.h"
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 namespace {
 constexpr int KiB = 1024;
@@ -60,10 +60,10 @@ int largestCacheByLeaf4() {
 
 }  // namespace
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch
 
 extern "C" IppStatus ippGetMaxCacheSizeB(int* pSize) {
-    using namespace nuv::prim::frame;
+    using namespace nuv::prim::dispatch;
     if (pSize == nullptr) return ippStsNullPtrErr;
     if (ownStatus != 1) {
         *pSize = cacheSize;

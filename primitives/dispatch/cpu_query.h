@@ -23,9 +23,9 @@ void nuvSetCpuQuery(NuvCpuQuery const* query);
 void nuvCpuid(Ipp32u leaf, Ipp32u subleaf, Ipp32u regs[4]);
 Ipp64u nuvXgetbv0(void);
 
-// Returns the frame to the state of a fresh process: index 0, LP flag 0, mask 7, features
+// Returns the dispatch layer to the state of a fresh process: index 0, LP flag 0, mask 7, features
 // not read, cache size not queried. For tests that play several processors in one process.
-void nuvResetFrameState(void);
+void nuvResetDispatchState(void);
 
 // The largest cache in bytes by the legacy descriptor method (leaf 2) with the copy
 // family's own table TableCacheSize, on "GenuineIntel" only; 0 when there is no answer.

@@ -1,7 +1,7 @@
 // Selection by detection (ippStaticInit, ippInit, ippInitCpu(-1)) on recorded processors,
 // selection forced by processor code, and selection on the processor running the tests.
 #include "support/fake_processor.h"
-#include "primitives/frame/frame_state.h"
+#include "primitives/dispatch/dispatch_state.h"
 #include "support/slots.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 namespace nuv::test {
 namespace {
 
-namespace frame = nuv::prim::frame;
+namespace dispatch = nuv::prim::dispatch;
 
 Ipp64u detectedWord() {
     Ipp64u word = 0;
@@ -165,7 +165,7 @@ std::vector<DetectionCase> detectionCases() {
     };
 }
 
-class Detection : public FrameTest, public ::testing::WithParamInterface<DetectionCase> {};
+class Detection : public DispatchTest, public ::testing::WithParamInterface<DetectionCase> {};
 
 TEST_P(Detection, SelectsSlotMaskAndStatus) {
     DetectionCase const& c = GetParam();
@@ -183,7 +183,7 @@ TEST_P(Detection, IppInitAndCodeMinusOneSelectAlike) {
     EXPECT_EQ(ippInit(), c.status);
     expectSelection(c.expected);
 
-    nuvResetFrameState();
+    nuvResetDispatchState();
     EXPECT_EQ(ippInitCpu(-1), c.status);
     expectSelection(c.expected);
 }
@@ -203,14 +203,14 @@ TEST_P(Detection, RepeatedSelectionIsStable) {
 INSTANTIATE_TEST_SUITE_P(RecordedProcessors, Detection, ::testing::ValuesIn(detectionCases()),
                          [](auto const& info) { return std::string(info.param.name); });
 
-using SelectionTest = FrameTest;
+using SelectionTest = DispatchTest;
 
 TEST_F(SelectionTest, FreshProcessRunsSlotZero) {
     play(processors::haswell());
     EXPECT_EQ(ippJumpIndexForMergedLibs, 0u);
     EXPECT_EQ(ippJumpIndexForMergedLibsLP, 0u);
     EXPECT_EQ(ippGetEnabledCpuFeatures(), 7u);
-    EXPECT_EQ(frame::ownFeaturesAreValid, 0);
+    EXPECT_EQ(dispatch::ownFeaturesAreValid, 0);
     // Nothing has asked the processor yet.
     EXPECT_EQ(cpu().totalCalls(), 0);
 }
@@ -240,8 +240,8 @@ TEST_F(SelectionTest, SelectionKeepsTheDetectedWord) {
     play(processors::silvermont());
     EXPECT_EQ(ippStaticInit(), ippStsNoErr);
     // Only the mask shrinks.
-    EXPECT_EQ(frame::ownFeatures, 0x2CFFu);
-    EXPECT_EQ(frame::ownFeaturesMask, 0xCDFu);
+    EXPECT_EQ(dispatch::ownFeatures, 0x2CFFu);
+    EXPECT_EQ(dispatch::ownFeaturesMask, 0xCDFu);
 }
 
 TEST_F(SelectionTest, EnableQueriesAreFixed) {
@@ -277,7 +277,7 @@ ForcedRow const forcedRows[] = {
     {71, 4, 0, 0xCDF}, {70, 5, 0, 0xFDF}, {73, 5, 0, 0x6FDF}, {74, 6, 0, 0xEFFF},
 };
 
-class ForcedCode : public FrameTest, public ::testing::WithParamInterface<ForcedRow> {};
+class ForcedCode : public DispatchTest, public ::testing::WithParamInterface<ForcedRow> {};
 
 TEST_P(ForcedCode, SetsSlotMaskAndDetectedWord) {
     ForcedRow const& row = GetParam();
@@ -311,7 +311,7 @@ TEST_P(ForcedCode, LaterDetectionSelectsFromTheForcedWord) {
 INSTANTIATE_TEST_SUITE_P(CodeTable, ForcedCode, ::testing::ValuesIn(forcedRows),
                          [](auto const& info) { return "Code" + std::to_string(info.param.code); });
 
-class BelowLowestVariant : public FrameTest, public ::testing::WithParamInterface<int> {};
+class BelowLowestVariant : public DispatchTest, public ::testing::WithParamInterface<int> {};
 
 TEST_P(BelowLowestVariant, FreshProcessKeepsSlotZeroAndDetectsSeven) {
     play(processors::haswell());
@@ -333,7 +333,7 @@ INSTANTIATE_TEST_SUITE_P(CodeTable, BelowLowestVariant,
                          ::testing::Values(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 64, 65, 96),
                          [](auto const& info) { return "Code" + std::to_string(info.param); });
 
-class UnknownCode : public FrameTest, public ::testing::WithParamInterface<int> {};
+class UnknownCode : public DispatchTest, public ::testing::WithParamInterface<int> {};
 
 TEST_P(UnknownCode, ChangesNothingInAFreshProcess) {
     play(processors::haswell());
@@ -342,7 +342,7 @@ TEST_P(UnknownCode, ChangesNothingInAFreshProcess) {
     EXPECT_EQ(ippJumpIndexForMergedLibsLP, 0u);
     EXPECT_EQ(ippGetEnabledCpuFeatures(), 7u);
     // The detected word was not touched: it is still unread, and reading it asks the processor.
-    EXPECT_EQ(frame::ownFeaturesAreValid, 0);
+    EXPECT_EQ(dispatch::ownFeaturesAreValid, 0);
     EXPECT_EQ(detectedWord(), 0xEFFFu);
 }
 

@@ -1,7 +1,7 @@
 // The floating-point control group on the processor running the tests: round trips of the
 // x87 control word and of MXCSR, flags raised and cleared, and no fault whatever is loaded.
 #include "support/fake_processor.h"
-#include "primitives/frame/fpu_control.h"
+#include "primitives/dispatch/fpu_control.h"
 
 #include <cfenv>
 #include <cstdint>
@@ -14,15 +14,15 @@ namespace {
 #if defined(__x86_64__) || defined(__i386__)
 
 // The saved environment covers the x87 words and MXCSR; every test leaves them as found.
-class FpuControlTest : public FrameTest {
+class FpuControlTest : public DispatchTest {
 protected:
     void SetUp() override {
-        FrameTest::SetUp();
+        DispatchTest::SetUp();
         std::fegetenv(&_saved);
     }
     void TearDown() override {
         std::fesetenv(&_saved);
-        FrameTest::TearDown();
+        DispatchTest::TearDown();
     }
     void restore() { std::fesetenv(&_saved); }
 

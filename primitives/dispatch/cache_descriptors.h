@@ -3,9 +3,9 @@
 // ippGetMaxCacheSizeB, and the copy family's own TableCacheSize.
 #pragma once
 
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 // The descriptor bytes of leaf 2 as the scan sees them. `count` is 0 when leaf 2 does not
 // answer in one round (the low byte of EAX is not 1) or holds no descriptor register.
@@ -31,4 +31,4 @@ int scanLeaf2(Entry const (&table)[N], SizeOf sizeOf) {
     return -1;
 }
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch

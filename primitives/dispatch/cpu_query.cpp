@@ -1,4 +1,4 @@
-#include "primitives/frame/cpu_query.h"
+#include "primitives/dispatch/cpu_query.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <cpuid.h>

@@ -2,8 +2,8 @@
 // copy family's older way; the AVX generations clear by 32 bytes and ask
 // ippGetMaxCacheSizeB. Either way a block larger than the cache is written with
 // non-temporal stores, so clearing it does not evict the caller's working set.
-#include "primitives/frame/cpu_query.h"
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/cpu_query.h"
+#include "primitives/dispatch/variant.h"
 
 #include <cstdint>
 #include <cstring>

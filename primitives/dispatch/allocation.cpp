@@ -1,6 +1,6 @@
-// The frame allocator: 64-byte aligned blocks behind replaceable hooks. A block carries the
-// hook's own pointer in the 8 bytes just below the address handed out, so ippFree needs no
-// table of its own.
+// The allocator of the primitive layer: 64-byte aligned blocks behind replaceable hooks. A block
+// carries the hook's own pointer in the 8 bytes just below the address handed out, so ippFree needs
+// no table of its own.
 #include <nuv/primitives.h>
 
 #include <cstdint>

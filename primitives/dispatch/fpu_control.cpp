@@ -1,4 +1,4 @@
-#include "primitives/frame/fpu_control.h"
+#include "primitives/dispatch/fpu_control.h"
 
 #include <cstdint>
 #include <cstring>

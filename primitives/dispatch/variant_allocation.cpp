@@ -1,6 +1,6 @@
 // The dispatched allocation bodies. They are alike in every generation: the work is the
-// frame allocator's, and only the row padding of the image forms is theirs.
-#include "primitives/frame/variant.h"
+// layer's allocator's, and only the row padding of the image forms is theirs.
+#include "primitives/dispatch/variant.h"
 
 #include <cstdint>
 

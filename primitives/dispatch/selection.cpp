@@ -1,10 +1,10 @@
 // Choosing the slot that every stub jumps through: by detection (ippStaticInit, ippInit) or
 // by a processor code (ippInitCpu). Nothing in the library calls these; a host that never
 // does runs the m7 bodies everywhere.
-#include "primitives/frame/frame_state.h"
-#include "primitives/frame/probes.h"
+#include "primitives/dispatch/dispatch_state.h"
+#include "primitives/dispatch/probes.h"
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 namespace {
 
@@ -59,12 +59,12 @@ IppStatus ownippStaticInitCpu(int cpuCode) {
     return status;
 }
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch
 
 extern "C" {
 
 IppStatus ippStaticInit(void) {
-    using namespace nuv::prim::frame;
+    using namespace nuv::prim::dispatch;
     Ipp64u f = 0;
     IppStatus result = ippGetCpuFeatures(&f, nullptr);
     if (result != ippStsNoErr) {
@@ -98,7 +98,7 @@ IppStatus ippInit(void) {
 }
 
 IppStatus ippInitCpu(int cpuCode) {
-    return nuv::prim::frame::ownippStaticInitCpu(cpuCode);
+    return nuv::prim::dispatch::ownippStaticInitCpu(cpuCode);
 }
 
 // No processor can be disabled in this build.

@@ -1,11 +1,11 @@
 // The feature word: what the processor reports, read once, and the mask of what selection
 // lets the bodies use.
-#include "primitives/frame/frame_state.h"
-#include "primitives/frame/probes.h"
+#include "primitives/dispatch/dispatch_state.h"
+#include "primitives/dispatch/probes.h"
 
 #include <cstring>
 
-namespace nuv::prim::frame {
+namespace nuv::prim::dispatch {
 
 void ownGetReg(Ipp32u regs[4], Ipp32u leaf, Ipp32u subleaf) {
     nuvCpuid(leaf, subleaf, regs);
@@ -82,12 +82,12 @@ void ownMaskIsFeatures() {
     ownFeaturesAreValid = 1;
 }
 
-}  // namespace nuv::prim::frame
+}  // namespace nuv::prim::dispatch
 
 extern "C" {
 
 IppStatus ippGetCpuFeatures(Ipp64u* pFeatures, Ipp32u* pRegs) {
-    using namespace nuv::prim::frame;
+    using namespace nuv::prim::dispatch;
     Ipp64u word = 0;
     if (!ownGetMaskFeatures(&word)) return ippStsNoCpuFeaturesWrn;
     if (pFeatures == nullptr) return ippStsNullPtrErr;
@@ -102,11 +102,11 @@ IppStatus ippGetCpuFeatures(Ipp64u* pFeatures, Ipp32u* pRegs) {
 }
 
 Ipp64u ippGetEnabledCpuFeatures(void) {
-    return nuv::prim::frame::ownFeaturesMask;
+    return nuv::prim::dispatch::ownFeaturesMask;
 }
 
 IppStatus ippSetCpuFeaturesMask(Ipp64u mask) {
-    nuv::prim::frame::ownSetFeatureMask(mask);
+    nuv::prim::dispatch::ownSetFeatureMask(mask);
     return ippStsNoErr;
 }
 

@@ -1,7 +1,7 @@
 // The exported C-linkage bodies <variant>_<name> of one generation: thin shims into the
 // generation's namespace, emitted only where the dispatch lists put this generation in a
 // slot. The compiler turns each into a single jump.
-#include "primitives/frame/variant.h"
+#include "primitives/dispatch/variant.h"
 
 #define NUV_CAT_(a, b) a##b
 #define NUV_CAT(a, b) NUV_CAT_(a, b)
@@ -39,4 +39,4 @@
 #define NUV_DISPATCHED NUV_SHIM
 #define NUV_INTERNAL NUV_SHIM
 #include <nuv/primitives/dispatched.def>
-#include "primitives/frame/internal.def"
+#include "primitives/dispatch/internal.def"

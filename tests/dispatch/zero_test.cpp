@@ -135,10 +135,10 @@ TEST(ZeroTest, WordByteCountWrapsInThirtyTwoBits) {
 
 // "GenuineIntel" with a 512 KiB cache by its leaf 2 descriptor (0x43), which the older
 // route reads, and a 1 MiB data cache by leaf 4, which ippGetMaxCacheSizeB reads.
-class ZeroStreamingTest : public nuv::test::FrameTest {
+class ZeroStreamingTest : public nuv::test::DispatchTest {
 protected:
     void SetUp() override {
-        FrameTest::SetUp();
+        DispatchTest::SetUp();
         play(nuv::test::processors::smallCacheIntel(0x43, 1024 * 1024));
     }
     int leaf2Calls() { return cpu().calls(2); }

@@ -1,0 +1,79 @@
+// The region walker: what every primitive entry does before and around its arithmetic. The
+// argument checks run in the order a family lists them, the first failure wins and nothing
+// is written; rows are addressed by signed steps (a zero step repeats a row, a negative one
+// walks upward); rows that follow one another without a gap in every plane are one run, so
+// that a narrow image does not pay a row's set-up once per row. Part of the vector layer:
+// see simd.h.
+#pragma once
+
+#include "primitives/simd/scalar.h"
+
+#include <initializer_list>
+
+namespace nuv::prim::NUV_V::simd {
+
+// ---- checks
+
+struct Check {
+    bool failed;
+    IppStatus status;
+};
+
+// The status of the first failed check in the order given, ippStsNoErr if none failed.
+// The conditions are plain comparisons, all evaluated, so their order is only that of the
+// statuses.
+inline IppStatus firstFailure(std::initializer_list<Check> checks) {
+    for (Check const& c : checks)
+        if (c.failed) return c.status;
+    return ippStsNoErr;
+}
+
+template <class... P>
+inline Check nullCheck(P const*... pointers) {
+    return {((pointers == nullptr) || ...), ippStsNullPtrErr};
+}
+
+// Width or height below 1.
+inline Check sizeCheck(IppiSize size) {
+    return {size.width < 1 || size.height < 1, ippStsSizeErr};
+}
+
+// ---- rows
+
+// Row y of a region whose first row is p.
+template <class T>
+inline T* rowAt(T* p, int step, int y) {
+    return p + static_cast<Offset>(y) * step;
+}
+
+// One plane of a region: its first row and the signed distance between rows.
+template <class T>
+struct Plane {
+    T* first;
+    int step;
+    T* row(int y) const { return rowAt(first, step, y); }
+};
+template <class T>
+inline Plane<T> plane(T* first, int step) {
+    return {first, step};
+}
+
+// Calls run(length, row of each plane...) for each run of the region: the whole region as
+// one run of rowBytes * height bytes when every plane's step equals rowBytes, else once per
+// row with rowBytes.
+template <class Run, class... T>
+inline void forEachRun(int rowBytes, int height, Run&& run, Plane<T>... planes) {
+    if (((planes.step == rowBytes) && ...)) {
+        run(static_cast<Offset>(rowBytes) * height, planes.first...);
+        return;
+    }
+    for (int y = 0; y < height; ++y) run(static_cast<Offset>(rowBytes), planes.row(y)...);
+}
+
+// Whether the rows of every plane join into one run.
+template <class... T>
+inline bool rowsJoin(int rowBytes, Plane<T>... planes) {
+    return ((planes.step == rowBytes) && ...);
+}
+
+}  // namespace nuv::prim::NUV_V::simd
