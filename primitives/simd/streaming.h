@@ -24,16 +24,19 @@ struct StreamRule {
     bool orEqual;
     CacheQuery cache;
     // Then cacheMultiple times the bytes must pass the cache (or reach it, with
-    // cacheOrEqual). An unknown cache keeps the plain stores.
+    // cacheOrEqual).
     int cacheMultiple;
     bool cacheOrEqual;
+    // When the query knows no cache: the bytes must pass this bound to stream; a negative
+    // bound keeps the plain stores.
+    std::int64_t aboveWhenCacheUnknown = -1;
 };
 
-inline constexpr StreamRule neverStream{-1, false, CacheQuery::none, 0, false};
+inline constexpr StreamRule neverStream{-1, false, CacheQuery::none, 0, false, -1};
 
 // Streams above a fixed bound whatever the cache.
 inline constexpr StreamRule streamAbove(std::int64_t bound) {
-    return {bound, false, CacheQuery::none, 0, false};
+    return {bound, false, CacheQuery::none, 0, false, -1};
 }
 
 // The cache size in bytes that a query reports, 0 when it knows none.
@@ -49,7 +52,7 @@ inline bool streams(StreamRule const& rule, std::int64_t bytes) {
     if (rule.orEqual ? bytes < rule.above : bytes <= rule.above) return false;
     if (rule.cache == CacheQuery::none) return true;
     const int cache = cacheBytes(rule.cache);
-    if (cache <= 0) return false;
+    if (cache <= 0) return rule.aboveWhenCacheUnknown >= 0 && bytes > rule.aboveWhenCacheUnknown;
     const std::int64_t weighed = rule.cacheMultiple * bytes;
     return rule.cacheOrEqual ? weighed >= cache : weighed > cache;
 }
