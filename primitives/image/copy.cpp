@@ -1,144 +1,85 @@
 // Region copy of one- and three-channel 8-bit images. The three-channel form is the
 // one-channel form with rows three times as long. Each generation keeps its own strategy:
-// which worker moves a row, and when a copy is large enough that its stores should stream
+// which mover copies a run, and when a copy is large enough that its stores should stream
 // past the cache rather than evict the caller's working set.
-#include "primitives/dispatch/variant.h"
-
-#include "primitives/dispatch/cpu_query.h"
-
-#include <cstdint>
+#include "primitives/image/copy_runs.h"
 
 namespace nuv::prim::NUV_V {
-
-#include "primitives/image/copy_workers.inc"
-
 namespace {
 
-// Products of the region's dimensions are 32-bit, wrapping as the rest of the layer does.
-inline int product32(int a, int b) {
-    return static_cast<int>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
-}
-
-struct Region {
-    Byte const* src;
-    int srcStep;
-    Byte* dst;
-    int dstStep;
-    int rowBytes;
-    int height;
+enum class Mover {
+    alignedStores,  // 16-byte aligned stores, lddqu or split loads by the source's alignment
+    joined,         // aligned loads joined by byte alignment; streams whole lines
+    joinedTouched,  // the same, backward where the two addresses alias; streaming touches the
+                    // source of each block first
+    wide,           // 32-byte moves; streams whole lines
 };
 
-// Rows that follow one another without a gap in both images are moved as one run: for a
-// narrow image the call per row would cost more than the move. Returns the run length and
-// sets `runs` to the number of runs.
-inline int runLength(Region const& r, int& runs) {
-    if (r.srcStep == r.dstStep && r.srcStep == r.rowBytes) {
-        runs = 1;
-        return product32(r.rowBytes, r.height);
-    }
-    runs = r.height;
-    return r.rowBytes;
-}
-
-template <class Move>
-void forEachRun(Region const& r, int n, int runs, Move move) {
-    // A wrapped length of a region above 2 GiB moves nothing.
-    if (n <= 0) return;
-    Byte const* s = r.src;
-    Byte* d = r.dst;
-    for (int y = 0; y < runs; ++y, s += r.srcStep, d += r.dstStep) move(s, d, n);
-}
+struct CopyPolicy {
+    Mover mover;
+    // When the copy streams, by the region's bytes; the cache is asked only past the bound.
+    StreamRule stream;
+    // Runs (after joining) shorter than this never stream.
+    int minStreamedRun;
+    // Rows shorter than this never stream, whatever the region's size.
+    int minStreamedRow;
+};
 
 // m7 streams above 1 MiB whatever the cache: the processors it serves have caches of that
-// order, and it has no cache query of its own.
-template <Gen G>
-void copyRegionM7(Region const& r) {
-    int runs = 0;
-    const int n = runLength(r, runs);
-    const bool nonTemporal = product32(r.rowBytes, r.height) > 0x100000;
-    forEachRun(r, n, runs, [nonTemporal](Byte const* s, Byte* d, int length) {
-        owniCopy_8u_C1_M7<G>(s, d, length, nonTemporal);
-    });
-}
+// order, and it has no cache query of its own. n8 to y8 learn the cache by the copy family's
+// own descriptor table; e9 and l9 ask the largest cache, and only for rows of 1 KiB or more.
+constexpr CopyPolicy copyPolicies[generationCount] = {
+    /* m7 */ {Mover::alignedStores, streamAbove(0x100000), 0, 0},
+    /* n8 */ {Mover::joined, {0x20000, false, CacheQuery::copyTable, 2, false}, 64, 0},
+    /* u8 */ {Mover::joinedTouched, {0x100000, true, CacheQuery::copyTable, 2, true}, 64, 0},
+    /* y8 */ {Mover::joinedTouched, {0x100000, true, CacheQuery::copyTable, 2, true}, 64, 0},
+    /* e9 */ {Mover::wide, {0x200000, false, CacheQuery::largest, 2, false}, 128, 1024},
+    /* l9 */ {Mover::wide, {0x200000, false, CacheQuery::largest, 2, false}, 128, 1024},
+};
+constexpr CopyPolicy const& policy = ofThisGeneration(copyPolicies);
 
-// n8, u8, y8 learn the cache size by the copy family's own descriptor table. Only a region
-// past the size threshold pays for the query; no answer means no streaming.
-template <Gen G>
-void copyRegionLegacy(Region const& r) {
-    int runs = 0;
-    const int n = runLength(r, runs);
-    const std::int64_t total = product32(r.rowBytes, r.height);
-    bool nonTemporal = false;
-    if (n >= 64) {
-        if constexpr (G == Gen::n8) {
-            if (total > 0x20000) {
-                const int cache = nuvLegacyCacheSize();
-                nonTemporal = cache > 0 && 2 * total > cache;
-            }
+void copyRun(Byte const* s, Byte* d, int n, bool streamed) {
+    if constexpr (policy.mover == Mover::alignedStores) {
+        copyRunAlignedStores(s, d, n, streamed);
+    } else if constexpr (policy.mover == Mover::wide) {
+        if (streamed) {
+            streamRunLines<32>(s, d, n);
         } else {
-            if (total >= 0x100000) {
-                const int cache = nuvLegacyCacheSize();
-                nonTemporal = cache > 0 && 2 * total >= cache;
-            }
+            copyRunWide(s, d, n);
         }
-    }
-    forEachRun(r, n, runs, [nonTemporal](Byte const* s, Byte* d, int length) {
-        owniCopy8uas<G>(s, d, length, nonTemporal);
-    });
-}
-
-// e9, l9: rows of 1 KiB and more go to owniCopy8u_cn, which streams when twice the region
-// passes both 4 MiB and the largest cache; everything else is plain 32-byte moves.
-template <Gen G>
-void owniCopy8u_cn(Region const& r) {
-    int runs = 0;
-    const int n = runLength(r, runs);
-    const std::int64_t total = product32(r.rowBytes, r.height);
-    bool nonTemporal = false;
-    if (2 * total > 0x400000 && n >= 128) {
-        int cache = 0;
-        nonTemporal = ippGetMaxCacheSizeB(&cache) == ippStsNoErr && 2 * total > cache;
-    }
-    if (nonTemporal) {
-        forEachRun(r, n, runs,
-                   [](Byte const* s, Byte* d, int length) { streamRun32<G>(s, d, length); });
+    } else if constexpr (policy.mover == Mover::joined) {
+        if (streamed) {
+            streamRunLines<16>(s, d, n);
+        } else {
+            copyRunJoined(s, d, n);
+        }
     } else {
-        forEachRun(r, n, runs,
-                   [](Byte const* s, Byte* d, int length) { owniCopy8u_E9<G>(s, d, length); });
-    }
-}
-
-template <Gen G>
-void copyRegionAvx(Region const& r) {
-    if (r.rowBytes >= 1024) {
-        owniCopy8u_cn<G>(r);
-        return;
-    }
-    int runs = 0;
-    const int n = runLength(r, runs);
-    forEachRun(r, n, runs,
-               [](Byte const* s, Byte* d, int length) { owniCopy8u_E9<G>(s, d, length); });
-}
-
-template <Gen G>
-void copyRegion(Region const& r) {
-    if constexpr (G == Gen::m7) {
-        copyRegionM7<G>(r);
-    } else if constexpr (G == Gen::n8 || G == Gen::u8 || G == Gen::y8) {
-        copyRegionLegacy<G>(r);
-    } else {
-        copyRegionAvx<G>(r);
+        if (streamed) {
+            streamRunTouched(s, d, n);
+        } else if (isAligned(s, 16) && isAligned(d, 16) && aliasesForward(s, d)) {
+            copyRunBackward(s, d, n);
+        } else {
+            copyRunJoined(s, d, n);
+        }
     }
 }
 
 // The pointers are checked first, then the size; no step is tested, so a zero step repeats
 // a row and a negative one walks the image upward.
-inline IppStatus copyChecked(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
-                             IppiSize roiSize, int channels) {
-    if (pSrc == nullptr || pDst == nullptr) return ippStsNullPtrErr;
-    if (roiSize.width < 1 || roiSize.height < 1) return ippStsSizeErr;
-    copyRegion<NUV_GEN>(
-        {pSrc, srcStep, pDst, dstStep, product32(channels, roiSize.width), roiSize.height});
+IppStatus copyRegion(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep, IppiSize size,
+                     int channels) {
+    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(size)});
+    if (status != ippStsNoErr) return status;
+    const int rowBytes = product32(channels, size.width);
+    const int run = rowsJoin(rowBytes, plane(pSrc, srcStep), plane(pDst, dstStep))
+                        ? product32(rowBytes, size.height)
+                        : rowBytes;
+    const bool streamed = rowBytes >= policy.minStreamedRow && run >= policy.minStreamedRun &&
+                          streams(policy.stream, product32(rowBytes, size.height));
+    forEachRun(
+        rowBytes, size.height,
+        [streamed](int n, Byte const* s, Byte* d) { copyRun(s, d, n, streamed); },
+        plane(pSrc, srcStep), plane(pDst, dstStep));
     return ippStsNoErr;
 }
 
@@ -146,12 +87,12 @@ inline IppStatus copyChecked(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int ds
 
 IppStatus ippiCopy_8u_C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                           IppiSize roiSize) {
-    return copyChecked(pSrc, srcStep, pDst, dstStep, roiSize, 1);
+    return copyRegion(pSrc, srcStep, pDst, dstStep, roiSize, 1);
 }
 
 IppStatus ippiCopy_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                           IppiSize roiSize) {
-    return copyChecked(pSrc, srcStep, pDst, dstStep, roiSize, 3);
+    return copyRegion(pSrc, srcStep, pDst, dstStep, roiSize, 3);
 }
 
 }  // namespace nuv::prim::NUV_V
