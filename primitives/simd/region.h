@@ -60,17 +60,23 @@ inline Plane<T> plane(T* first, int step) {
 
 // Calls run(length, row of each plane...) for each run of the region: the whole region as
 // one run of rowBytes * height bytes when every plane's step equals rowBytes, else once per
-// row with rowBytes. The joined length is a 32-bit product, as every size of the layer is: a
-// region above 2 GiB wraps, and a run whose length wrapped to 0 or below moves nothing.
-template <class Run, class... T>
+// row with rowBytes. Lengths are 32-bit, as the sizes of the layer are: the joined length of
+// a region above 2 GiB wraps, and a run whose length wrapped to 0 or below moves nothing. A
+// family whose joined run must not wrap asks for 64-bit lengths.
+template <class Length = int, class Run, class... T>
 inline void forEachRun(int rowBytes, int height, Run&& run, Plane<T>... planes) {
     if (rowBytes <= 0) return;
     if (((planes.step == rowBytes) && ...)) {
-        const int length = product32(rowBytes, height);
+        Length length;
+        if constexpr (sizeof(Length) > sizeof(int)) {
+            length = static_cast<Length>(rowBytes) * height;
+        } else {
+            length = product32(rowBytes, height);
+        }
         if (length > 0) run(length, planes.first...);
         return;
     }
-    for (int y = 0; y < height; ++y) run(rowBytes, planes.row(y)...);
+    for (int y = 0; y < height; ++y) run(static_cast<Length>(rowBytes), planes.row(y)...);
 }
 
 // Whether the rows of every plane join into one run.
