@@ -6,42 +6,13 @@
 // y8, e9), 32 pixels a block with 256-bit ones (l9). A row's last block is laid to end at
 // the row's end, overlapping the one before, so that no pixel loop runs for rows of a block
 // or more.
-#include "primitives/dispatch/variant.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
+#include "primitives/simd/simd.h"
 
 namespace nuv::prim::NUV_V {
-
 namespace {
 
-using Index = std::ptrdiff_t;
-
-std::uint16_t load16(Ipp8u const* p) {
-    std::uint16_t v;
-    std::memcpy(&v, p, 2);
-    return v;
-}
-std::uint32_t load32(Ipp8u const* p) {
-    std::uint32_t v;
-    std::memcpy(&v, p, 4);
-    return v;
-}
-std::uint64_t load64(Ipp8u const* p) {
-    std::uint64_t v;
-    std::memcpy(&v, p, 8);
-    return v;
-}
-void store16(Ipp8u* p, std::uint16_t v) {
-    std::memcpy(p, &v, 2);
-}
-void store32(Ipp8u* p, std::uint32_t v) {
-    std::memcpy(p, &v, 4);
-}
-void store64(Ipp8u* p, std::uint64_t v) {
-    std::memcpy(p, &v, 8);
-}
+using namespace simd;
+using Index = Offset;
 
 // ---- two pixels a turn: the m7 rows, and the rows too short for a vector block ---------
 
@@ -58,7 +29,7 @@ void store64(Ipp8u* p, std::uint64_t v) {
 NUV_PLAIN_LOOP void c1c3Pairs(Ipp8u const* src, Ipp8u* dst, Index n) {
     Index x = 0;
     for (; x + 2 <= n; x += 2) {
-        const std::uint16_t two = load16(src + x);
+        const std::uint16_t two = loadBytes<2>(src + x);
         dst[3 * x] = static_cast<Ipp8u>(two);
         dst[3 * x + 3] = static_cast<Ipp8u>(two >> 8);
     }
@@ -70,15 +41,15 @@ void c3c1Pairs(Ipp8u const* src, Ipp8u* dst, Index n) {
     // Bytes 0 and 3 of one 32-bit load are the two pixels' channel 0; the load ends at the
     // second pixel's first byte, inside the row.
     for (; x + 2 <= n; x += 2) {
-        const std::uint32_t w = load32(src + 3 * x);
-        store16(dst + x, static_cast<std::uint16_t>((w & 0xFFu) | ((w >> 16) & 0xFF00u)));
+        const std::uint32_t w = loadBytes<4>(src + 3 * x);
+        storeBytes<2>(dst + x, static_cast<Word>((w & 0xFFu) | ((w >> 16) & 0xFF00u)));
     }
     if (x < n) dst[x] = src[3 * x];
 }
 
 // Drops byte 3 of each of two pixels and closes the gap: six bytes in the low end.
 std::uint64_t packPair(Ipp8u const* src) {
-    const std::uint64_t w = load64(src);
+    const std::uint64_t w = loadBytes<8>(src);
     return (w & 0xFFFFFFu) | ((w >> 8) & 0xFFFFFF000000u);
 }
 
@@ -87,11 +58,11 @@ void ac4c3Pairs(Ipp8u const* src, Ipp8u* dst, Index n) {
     // One 8-byte store a pair: its two spare bytes land on the next pair's place and are
     // overwritten there. The last pair is stored as four and two bytes, so nothing past the
     // row is written.
-    for (; x + 4 <= n; x += 2) store64(dst + 3 * x, packPair(src + 4 * x));
+    for (; x + 4 <= n; x += 2) storeBytes<8>(dst + 3 * x, packPair(src + 4 * x));
     if (x + 2 <= n) {
         const std::uint64_t packed = packPair(src + 4 * x);
-        store32(dst + 3 * x, static_cast<std::uint32_t>(packed));
-        store16(dst + 3 * x + 4, static_cast<std::uint16_t>(packed >> 32));
+        storeBytes<4>(dst + 3 * x, static_cast<std::uint32_t>(packed));
+        storeBytes<2>(dst + 3 * x + 4, static_cast<std::uint16_t>(packed >> 32));
         x += 2;
     }
     if (x < n) {
@@ -122,51 +93,43 @@ alignas(16) constexpr char kSpread2[16] = {Z, 11, Z, Z, 12, Z, Z, 13, Z, Z, 14, 
 // Packs the first three bytes of each of four pixels into the low 12 bytes.
 alignas(16) constexpr char kPack12[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, Z, Z, Z, Z};
 
-__m128i load128(void const* p) {
-    return _mm_loadu_si128(static_cast<__m128i const*>(p));
-}
-__m128i constant128(char const* c) {
-    return _mm_load_si128(reinterpret_cast<__m128i const*>(c));
-}
-void store128(void* p, __m128i v) {
-    _mm_storeu_si128(static_cast<__m128i*>(p), v);
-}
+using L16 = Lanes<16>;
 
 // Where the spread pattern has Z, keep the destination; elsewhere the shuffled gray byte
 // (which the shuffle leaves zero at the Z places).
-__m128i mergeChannel0(__m128i dst, __m128i spread, __m128i pattern) {
-    const __m128i keep = _mm_cmplt_epi8(pattern, _mm_setzero_si128());
-    return _mm_or_si128(_mm_and_si128(dst, keep), spread);
+L16::V mergeChannel0(L16::V dst, L16::V spread, L16::V pattern) {
+    const L16::V keep = L16::lessSigned(pattern, L16::zero());
+    return L16::bitOr(L16::bitAnd(dst, keep), spread);
 }
 
 void c1c3Block16(Ipp8u const* src, Ipp8u* dst) {
-    const __m128i gray = load128(src);
-    const __m128i p0 = constant128(kSpread0), p1 = constant128(kSpread1),
-                  p2 = constant128(kSpread2);
+    const L16::V gray = L16::load(src);
+    const L16::V p0 = L16::constant(kSpread0), p1 = L16::constant(kSpread1),
+                 p2 = L16::constant(kSpread2);
     // Channels 1 and 2 are read and written back as they were: there is no byte-masked
     // store short of a slow non-temporal one.
-    store128(dst, mergeChannel0(load128(dst), _mm_shuffle_epi8(gray, p0), p0));
-    store128(dst + 16, mergeChannel0(load128(dst + 16), _mm_shuffle_epi8(gray, p1), p1));
-    store128(dst + 32, mergeChannel0(load128(dst + 32), _mm_shuffle_epi8(gray, p2), p2));
+    L16::store(dst, mergeChannel0(L16::load(dst), L16::shuffle(gray, p0), p0));
+    L16::store(dst + 16, mergeChannel0(L16::load(dst + 16), L16::shuffle(gray, p1), p1));
+    L16::store(dst + 32, mergeChannel0(L16::load(dst + 32), L16::shuffle(gray, p2), p2));
 }
 
 void c3c1Block16(Ipp8u const* src, Ipp8u* dst) {
-    const __m128i a = _mm_shuffle_epi8(load128(src), constant128(kGather0));
-    const __m128i b = _mm_shuffle_epi8(load128(src + 16), constant128(kGather1));
-    const __m128i c = _mm_shuffle_epi8(load128(src + 32), constant128(kGather2));
-    store128(dst, _mm_or_si128(_mm_or_si128(a, b), c));
+    const L16::V a = L16::shuffle(L16::load(src), L16::constant(kGather0));
+    const L16::V b = L16::shuffle(L16::load(src + 16), L16::constant(kGather1));
+    const L16::V c = L16::shuffle(L16::load(src + 32), L16::constant(kGather2));
+    L16::store(dst, L16::bitOr(L16::bitOr(a, b), c));
 }
 
 void ac4c3Block16(Ipp8u const* src, Ipp8u* dst) {
-    const __m128i pack = constant128(kPack12);
-    const __m128i p0 = _mm_shuffle_epi8(load128(src), pack);
-    const __m128i p1 = _mm_shuffle_epi8(load128(src + 16), pack);
-    const __m128i p2 = _mm_shuffle_epi8(load128(src + 32), pack);
-    const __m128i p3 = _mm_shuffle_epi8(load128(src + 48), pack);
+    const L16::V pack = L16::constant(kPack12);
+    const L16::V p0 = L16::shuffle(L16::load(src), pack);
+    const L16::V p1 = L16::shuffle(L16::load(src + 16), pack);
+    const L16::V p2 = L16::shuffle(L16::load(src + 32), pack);
+    const L16::V p3 = L16::shuffle(L16::load(src + 48), pack);
     // Four runs of 12 bytes joined into three registers.
-    store128(dst, _mm_or_si128(p0, _mm_slli_si128(p1, 12)));
-    store128(dst + 16, _mm_or_si128(_mm_srli_si128(p1, 4), _mm_slli_si128(p2, 8)));
-    store128(dst + 32, _mm_or_si128(_mm_srli_si128(p2, 8), _mm_slli_si128(p3, 4)));
+    L16::store(dst, L16::bitOr(p0, L16::shiftBytesLeft<12>(p1)));
+    L16::store(dst + 16, L16::bitOr(L16::shiftBytesRight<4>(p1), L16::shiftBytesLeft<8>(p2)));
+    L16::store(dst + 32, L16::bitOr(L16::shiftBytesRight<8>(p2), L16::shiftBytesLeft<4>(p3)));
 }
 #endif
 
@@ -175,63 +138,58 @@ void ac4c3Block16(Ipp8u const* src, Ipp8u* dst) {
 // The byte shuffle works within each 128-bit lane, so each block first lays its 16-byte
 // pieces into lanes such that one lane's shuffle pattern is the 128-bit one above.
 
-__m256i load256(void const* p) {
-    return _mm256_loadu_si256(static_cast<__m256i const*>(p));
-}
-void store256(void* p, __m256i v) {
-    _mm256_storeu_si256(static_cast<__m256i*>(p), v);
-}
-__m256i lanes(char const* low, char const* high) {
-    return _mm256_setr_m128i(constant128(low), constant128(high));
+using L32 = Lanes<32>;
+
+L32::V lanes(char const (&low)[16], char const (&high)[16]) {
+    return L32::combine(L16::constant(low), L16::constant(high));
 }
 
-__m256i mergeChannel0(__m256i dst, __m256i spread, __m256i pattern) {
-    return _mm256_blendv_epi8(spread, dst, pattern);  // the pattern's high bit marks "keep"
+L32::V mergeChannel0(L32::V dst, L32::V spread, L32::V pattern) {
+    return L32::select(pattern, spread, dst);  // the pattern's high bit marks "keep"
 }
 
 void c1c3Block32(Ipp8u const* src, Ipp8u* dst) {
     // 96 destination bytes in three registers. The first takes gray bytes 0..10, all in the
     // source's first 16 bytes; the second bytes 11..21, across the two halves; the third
     // bytes 22..31, all in the second 16.
-    const __m128i low = load128(src), high = load128(src + 16);
-    const __m256i first = _mm256_broadcastsi128_si256(low);
-    const __m256i both = _mm256_setr_m128i(low, high);
-    const __m256i second = _mm256_broadcastsi128_si256(high);
-    const __m256i p0 = lanes(kSpread0, kSpread1), p1 = lanes(kSpread2, kSpread0),
-                  p2 = lanes(kSpread1, kSpread2);
-    store256(dst, mergeChannel0(load256(dst), _mm256_shuffle_epi8(first, p0), p0));
-    store256(dst + 32, mergeChannel0(load256(dst + 32), _mm256_shuffle_epi8(both, p1), p1));
-    store256(dst + 64, mergeChannel0(load256(dst + 64), _mm256_shuffle_epi8(second, p2), p2));
+    const L16::V low = L16::load(src), high = L16::load(src + 16);
+    const L32::V first = L32::broadcast(low);
+    const L32::V both = L32::combine(low, high);
+    const L32::V second = L32::broadcast(high);
+    const L32::V p0 = lanes(kSpread0, kSpread1), p1 = lanes(kSpread2, kSpread0),
+                 p2 = lanes(kSpread1, kSpread2);
+    L32::store(dst, mergeChannel0(L32::load(dst), L32::shuffle(first, p0), p0));
+    L32::store(dst + 32, mergeChannel0(L32::load(dst + 32), L32::shuffle(both, p1), p1));
+    L32::store(dst + 64, mergeChannel0(L32::load(dst + 64), L32::shuffle(second, p2), p2));
 }
 
 void c3c1Block32(Ipp8u const* src, Ipp8u* dst) {
     // Lane 0 gathers pixels 0..15 from bytes 0..47, lane 1 pixels 16..31 from bytes 48..95.
-    const __m256i in0 = load256(src), in1 = load256(src + 32), in2 = load256(src + 64);
-    const __m256i a = _mm256_blend_epi32(in0, in1, 0xF0);         // bytes 0..15 | 48..63
-    const __m256i b = _mm256_permute2x128_si256(in0, in2, 0x21);  // bytes 16..31 | 64..79
-    const __m256i c = _mm256_blend_epi32(in1, in2, 0xF0);         // bytes 32..47 | 80..95
-    const __m256i r =
-        _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(a, lanes(kGather0, kGather0)),
-                                        _mm256_shuffle_epi8(b, lanes(kGather1, kGather1))),
-                        _mm256_shuffle_epi8(c, lanes(kGather2, kGather2)));
-    store256(dst, r);
+    const L32::V in0 = L32::load(src), in1 = L32::load(src + 32), in2 = L32::load(src + 64);
+    const L32::V a = L32::joinHalves(in0, in1);   // bytes 0..15 | 48..63
+    const L32::V b = L32::crossHalves(in0, in2);  // bytes 16..31 | 64..79
+    const L32::V c = L32::joinHalves(in1, in2);   // bytes 32..47 | 80..95
+    const L32::V r = L32::bitOr(L32::bitOr(L32::shuffle(a, lanes(kGather0, kGather0)),
+                                           L32::shuffle(b, lanes(kGather1, kGather1))),
+                                L32::shuffle(c, lanes(kGather2, kGather2)));
+    L32::store(dst, r);
 }
 
 void ac4c3Block32(Ipp8u const* src, Ipp8u* dst) {
     // Each lane packs its four pixels into 12 bytes; the dword permutation then closes the
     // gap between the lanes, giving 24 bytes at the bottom of each register.
-    const __m256i pack = lanes(kPack12, kPack12);
-    const __m256i join = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
-    __m256i q[4];
+    const L32::V pack = lanes(kPack12, kPack12);
+    const L32::V join = L32::dwords(0, 1, 2, 4, 5, 6, 3, 7);
+    L32::V q[4];
     for (int k = 0; k < 4; ++k)
-        q[k] = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(load256(src + 32 * k), pack), join);
+        q[k] = L32::permuteDwords(L32::shuffle(L32::load(src + 32 * k), pack), join);
     // Stores of 32 bytes 24 apart, each overwriting the last one's 8 spare bytes; the last
     // piece is stored as 16 and 8 so nothing past the block is written.
-    store256(dst, q[0]);
-    store256(dst + 24, q[1]);
-    store256(dst + 48, q[2]);
-    store128(dst + 72, _mm256_castsi256_si128(q[3]));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 88), _mm256_extracti128_si256(q[3], 1));
+    L32::store(dst, q[0]);
+    L32::store(dst + 24, q[1]);
+    L32::store(dst + 48, q[2]);
+    L16::store(dst + 72, L32::lowHalf(q[3]));
+    L16::storeLow(dst + 88, L32::highHalf(q[3]));
 }
 #endif
 
@@ -285,23 +243,15 @@ void owniCopy_8u_AC4C3R(Ipp8u const* src, Ipp8u* dst, Index n) {
 }
 
 // The checks of the copy family (pointers, then size; no step is tested, so zero and
-// negative steps are honoured), then one call of the row worker per row. Rows that follow
-// each other without a gap in both images are one row, which saves a call per row on
-// narrow images.
+// negative steps are honoured), then one call of the row worker per run.
 template <class Row>
 IppStatus copyRows(Ipp8u const* pSrc, int srcStep, int srcPixel, Ipp8u* pDst, int dstStep,
                    int dstPixel, IppiSize roiSize, Row row) {
-    if (pSrc == nullptr || pDst == nullptr) return ippStsNullPtrErr;
-    if (roiSize.width < 1 || roiSize.height < 1) return ippStsSizeErr;
-    Index width = roiSize.width;
-    int height = roiSize.height;
-    if (srcStep == static_cast<std::int64_t>(width) * srcPixel &&
-        dstStep == static_cast<std::int64_t>(width) * dstPixel) {
-        width *= height;
-        height = 1;
-    }
-    for (int y = 0; y < height; ++y)
-        row(pSrc + static_cast<Index>(y) * srcStep, pDst + static_cast<Index>(y) * dstStep, width);
+    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(roiSize)});
+    if (status != ippStsNoErr) return status;
+    forEachRun<Index>(
+        roiSize.width, roiSize.height, [row](Index n, Byte const* s, Byte* d) { row(s, d, n); },
+        plane(pSrc, srcStep, srcPixel), plane(pDst, dstStep, dstPixel));
     return ippStsNoErr;
 }
 

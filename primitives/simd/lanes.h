@@ -42,8 +42,8 @@ struct Lanes<16> {
     // cache line.
     static V loadHalves(void const* p) {
         const V low = loadLow(p);
-        return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(low),
-                                             static_cast<double const*>(p) + 1));
+        return _mm_castpd_si128(
+            _mm_loadh_pd(_mm_castsi128_pd(low), static_cast<double const*>(p) + 1));
     }
     // Partial: 8 bytes into the low half, the high half zero.
     static V loadLow(void const* p) { return _mm_loadl_epi64(static_cast<V const*>(p)); }
@@ -167,8 +167,12 @@ struct Lanes<16> {
 #if defined(__SSSE3__)
     // ---- byte shuffles (SSSE3)
     // Byte i of the result is byte order[i] of x, or zero where order[i] has its top bit set.
-    static V shuffle(V x, V order) { return _mm_shuffle_epi8(x, order); }
-    static V constant(char const (&c)[16]) { return load(c); }
+    static V shuffle(V x, V order) {
+        return _mm_shuffle_epi8(x, order);
+    }
+    static V constant(char const (&c)[16]) {
+        return load(c);
+    }
     // The 16 bytes that start S bytes into lo and continue into hi.
     template <int S>
     static V alignRight(V hi, V lo) {
@@ -178,7 +182,9 @@ struct Lanes<16> {
 
 #if defined(__SSE4_1__)
     // Bytes of b where the mask byte has its top bit set, of a elsewhere (SSE4.1).
-    static V select(V mask, V a, V b) { return _mm_blendv_epi8(a, b, mask); }
+    static V select(V mask, V a, V b) {
+        return _mm_blendv_epi8(a, b, mask);
+    }
 #endif
 };
 
@@ -220,28 +226,83 @@ struct Lanes<32> {
 
 #if defined(__AVX2__)
     // ---- everything below works on integers and needs AVX2
-    static V bytes(int value) { return _mm256_set1_epi8(static_cast<char>(value)); }
-    static V words(int value) { return _mm256_set1_epi16(static_cast<short>(value)); }
-    static V broadcast(Half h) { return _mm256_broadcastsi128_si256(h); }
-    static Half highHalf(V v) { return _mm256_extracti128_si256(v, 1); }
-    static V swapHalves(V v) { return _mm256_permute4x64_epi64(v, 0x4E); }
+    static V bytes(int value) {
+        return _mm256_set1_epi8(static_cast<char>(value));
+    }
+    static V words(int value) {
+        return _mm256_set1_epi16(static_cast<short>(value));
+    }
+    static V broadcast(Half h) {
+        return _mm256_broadcastsi128_si256(h);
+    }
+    static Half highHalf(V v) {
+        return _mm256_extracti128_si256(v, 1);
+    }
+    static V swapHalves(V v) {
+        return _mm256_permute4x64_epi64(v, 0x4E);
+    }
+    // The low half of a under the high half of b.
+    static V joinHalves(V a, V b) {
+        return _mm256_blend_epi32(a, b, 0xF0);
+    }
+    // The high half of a under the low half of b.
+    static V crossHalves(V a, V b) {
+        return _mm256_permute2x128_si256(a, b, 0x21);
+    }
+    static V dwords(int d0, int d1, int d2, int d3, int d4, int d5, int d6, int d7) {
+        return _mm256_setr_epi32(d0, d1, d2, d3, d4, d5, d6, d7);
+    }
+    // Dword i of the result is dword order[i] of v, across the halves.
+    static V permuteDwords(V v, V order) {
+        return _mm256_permutevar8x32_epi32(v, order);
+    }
 
-    static V bitAnd(V a, V b) { return _mm256_and_si256(a, b); }
-    static V bitOr(V a, V b) { return _mm256_or_si256(a, b); }
-    static V bitXor(V a, V b) { return _mm256_xor_si256(a, b); }
-    static V bitAndNot(V a, V b) { return _mm256_andnot_si256(b, a); }
+    static V bitAnd(V a, V b) {
+        return _mm256_and_si256(a, b);
+    }
+    static V bitOr(V a, V b) {
+        return _mm256_or_si256(a, b);
+    }
+    static V bitXor(V a, V b) {
+        return _mm256_xor_si256(a, b);
+    }
+    static V bitAndNot(V a, V b) {
+        return _mm256_andnot_si256(b, a);
+    }
 
-    static V addSaturated(V a, V b) { return _mm256_adds_epu8(a, b); }
-    static V subSaturated(V a, V b) { return _mm256_subs_epu8(a, b); }
-    static V addBytes(V a, V b) { return _mm256_add_epi8(a, b); }
-    static V subBytes(V a, V b) { return _mm256_sub_epi8(a, b); }
-    static V average(V a, V b) { return _mm256_avg_epu8(a, b); }
-    static V minBytes(V a, V b) { return _mm256_min_epu8(a, b); }
-    static V maxBytes(V a, V b) { return _mm256_max_epu8(a, b); }
-    static V addWords(V a, V b) { return _mm256_add_epi16(a, b); }
-    static V subWords(V a, V b) { return _mm256_sub_epi16(a, b); }
-    static V addWordsSaturated(V a, V b) { return _mm256_adds_epi16(a, b); }
-    static V shiftWordsRight(V a, __m128i count) { return _mm256_srl_epi16(a, count); }
+    static V addSaturated(V a, V b) {
+        return _mm256_adds_epu8(a, b);
+    }
+    static V subSaturated(V a, V b) {
+        return _mm256_subs_epu8(a, b);
+    }
+    static V addBytes(V a, V b) {
+        return _mm256_add_epi8(a, b);
+    }
+    static V subBytes(V a, V b) {
+        return _mm256_sub_epi8(a, b);
+    }
+    static V average(V a, V b) {
+        return _mm256_avg_epu8(a, b);
+    }
+    static V minBytes(V a, V b) {
+        return _mm256_min_epu8(a, b);
+    }
+    static V maxBytes(V a, V b) {
+        return _mm256_max_epu8(a, b);
+    }
+    static V addWords(V a, V b) {
+        return _mm256_add_epi16(a, b);
+    }
+    static V subWords(V a, V b) {
+        return _mm256_sub_epi16(a, b);
+    }
+    static V addWordsSaturated(V a, V b) {
+        return _mm256_adds_epi16(a, b);
+    }
+    static V shiftWordsRight(V a, __m128i count) {
+        return _mm256_srl_epi16(a, count);
+    }
     template <int N>
     static V shiftWordsRight(V a) {
         return _mm256_srli_epi16(a, N);
@@ -251,13 +312,25 @@ struct Lanes<32> {
         return _mm256_slli_epi16(a, N);
     }
 
-    static V equal(V a, V b) { return _mm256_cmpeq_epi8(a, b); }
-    static V greaterSigned(V a, V b) { return _mm256_cmpgt_epi8(a, b); }
-    static V lessSigned(V a, V b) { return _mm256_cmpgt_epi8(b, a); }
+    static V equal(V a, V b) {
+        return _mm256_cmpeq_epi8(a, b);
+    }
+    static V greaterSigned(V a, V b) {
+        return _mm256_cmpgt_epi8(a, b);
+    }
+    static V lessSigned(V a, V b) {
+        return _mm256_cmpgt_epi8(b, a);
+    }
 
-    static V widenLow(V a) { return _mm256_unpacklo_epi8(a, zero()); }
-    static V widenHigh(V a) { return _mm256_unpackhi_epi8(a, zero()); }
-    static V narrow(V low, V high) { return _mm256_packus_epi16(low, high); }
+    static V widenLow(V a) {
+        return _mm256_unpacklo_epi8(a, zero());
+    }
+    static V widenHigh(V a) {
+        return _mm256_unpackhi_epi8(a, zero());
+    }
+    static V narrow(V low, V high) {
+        return _mm256_packus_epi16(low, high);
+    }
 
     template <int Bits>
     static V interleaveLow(V a, V b) {
@@ -288,19 +361,25 @@ struct Lanes<32> {
 
     // Byte shuffle within each half; `order` holds the same 16 indices in both halves or
     // different ones per half.
-    static V shuffle(V x, V order) { return _mm256_shuffle_epi8(x, order); }
-    static V constant(char const (&c)[32]) { return load(c); }
+    static V shuffle(V x, V order) {
+        return _mm256_shuffle_epi8(x, order);
+    }
+    static V constant(char const (&c)[32]) {
+        return load(c);
+    }
     template <int S>
     static V alignRight(V hi, V lo) {
         return _mm256_alignr_epi8(hi, lo, S);
     }
     // The 32 bytes in the opposite order: each half reversed, then the halves swapped.
     static V reverseBytes(V x) {
-        const V order = broadcast(
-            _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+        const V order =
+            broadcast(_mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
         return swapHalves(shuffle(x, order));
     }
-    static V select(V mask, V a, V b) { return _mm256_blendv_epi8(a, b, mask); }
+    static V select(V mask, V a, V b) {
+        return _mm256_blendv_epi8(a, b, mask);
+    }
 #endif
 };
 #endif

@@ -46,43 +46,47 @@ inline T* rowAt(T* p, int step, int y) {
     return p + static_cast<Offset>(y) * step;
 }
 
-// One plane of a region: its first row and the signed distance between rows.
+// One plane of a region: its first row, the signed distance between rows and the bytes of
+// one pixel.
 template <class T>
 struct Plane {
     T* first;
     int step;
+    int pixelBytes;
     T* row(int y) const { return rowAt(first, step, y); }
+    // Whether row y + 1 starts where row y of `width` pixels ends.
+    bool packed(int width) const { return step == static_cast<std::int64_t>(width) * pixelBytes; }
 };
 template <class T>
-inline Plane<T> plane(T* first, int step) {
-    return {first, step};
-}
-
-// Calls run(length, row of each plane...) for each run of the region: the whole region as
-// one run of rowBytes * height bytes when every plane's step equals rowBytes, else once per
-// row with rowBytes. Lengths are 32-bit, as the sizes of the layer are: the joined length of
-// a region above 2 GiB wraps, and a run whose length wrapped to 0 or below moves nothing. A
-// family whose joined run must not wrap asks for 64-bit lengths.
-template <class Length = int, class Run, class... T>
-inline void forEachRun(int rowBytes, int height, Run&& run, Plane<T>... planes) {
-    if (rowBytes <= 0) return;
-    if (((planes.step == rowBytes) && ...)) {
-        Length length;
-        if constexpr (sizeof(Length) > sizeof(int)) {
-            length = static_cast<Length>(rowBytes) * height;
-        } else {
-            length = product32(rowBytes, height);
-        }
-        if (length > 0) run(length, planes.first...);
-        return;
-    }
-    for (int y = 0; y < height; ++y) run(static_cast<Length>(rowBytes), planes.row(y)...);
+inline Plane<T> plane(T* first, int step, int pixelBytes = 1) {
+    return {first, step, pixelBytes};
 }
 
 // Whether the rows of every plane join into one run.
 template <class... T>
-inline bool rowsJoin(int rowBytes, Plane<T>... planes) {
-    return ((planes.step == rowBytes) && ...);
+inline bool rowsJoin(int width, Plane<T>... planes) {
+    return (planes.packed(width) && ...);
+}
+
+// Calls run(length, row of each plane...) for each run of the region, lengths in pixels: the
+// whole region as one run of width * height pixels when the rows of every plane join, else
+// once per row with width. Lengths are 32-bit, as the sizes of the layer are: the joined
+// length of a region above 2 GiB wraps, and a run whose length wrapped to 0 or below moves
+// nothing. A family whose joined run must not wrap asks for 64-bit lengths.
+template <class Length = int, class Run, class... T>
+inline void forEachRun(int width, int height, Run&& run, Plane<T>... planes) {
+    if (width <= 0) return;
+    if (rowsJoin(width, planes...)) {
+        Length length;
+        if constexpr (sizeof(Length) > sizeof(int)) {
+            length = static_cast<Length>(width) * height;
+        } else {
+            length = product32(width, height);
+        }
+        if (length > 0) run(length, planes.first...);
+        return;
+    }
+    for (int y = 0; y < height; ++y) run(static_cast<Length>(width), planes.row(y)...);
 }
 
 }  // namespace nuv::prim::NUV_V::simd
