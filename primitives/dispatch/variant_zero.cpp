@@ -2,101 +2,74 @@
 // copy family's older way; the AVX generations clear by 32 bytes and ask
 // ippGetMaxCacheSizeB. Either way a block larger than the cache is written with
 // non-temporal stores, so clearing it does not evict the caller's working set.
-#include "primitives/dispatch/cpu_query.h"
-#include "primitives/dispatch/variant.h"
-
-#include <cstdint>
-#include <cstring>
+#include "primitives/simd/simd.h"
 
 namespace nuv::prim::NUV_V {
-
 namespace {
 
-constexpr bool kWide = NUV_GEN == Gen::e9 || NUV_GEN == Gen::l9;
-#if defined(__AVX__)
-static_assert(kWide, "only the AVX generations take the 32-byte form");
-#else
-static_assert(!kWide, "the AVX generations are compiled with AVX");
-#endif
+using namespace simd;
 
-// Below these sizes a clear surely fits in cache and the cache is not asked at all.
-constexpr int kLegacyStreamThreshold = 0x80000;
-constexpr int kWideStreamThreshold = 0x200000;
-
-void store8(Ipp8u* p, std::uint64_t v) {
-    std::memcpy(p, &v, 8);
-}
-void store4(Ipp8u* p, std::uint32_t v) {
-    std::memcpy(p, &v, 4);
-}
+// Below its bound a clear surely fits in cache and the cache is not asked at all. The older
+// generations ask the copy family's descriptor table, the AVX ones the largest cache; either
+// way only a block at least as large as the cache (past it, for the AVX ones) streams.
+constexpr StreamRule zeroStreaming[generationCount] = {
+    /* m7 */ {0x80000, false, CacheQuery::copyTable, 1, true},
+    /* n8 */ {0x80000, false, CacheQuery::copyTable, 1, true},
+    /* u8 */ {0x80000, false, CacheQuery::copyTable, 1, true},
+    /* y8 */ {0x80000, false, CacheQuery::copyTable, 1, true},
+    /* e9 */ {0x200000, false, CacheQuery::largest, 1, false},
+    /* l9 */ {0x200000, false, CacheQuery::largest, 1, false},
+};
+constexpr StreamRule const& streaming = ofThisGeneration(zeroStreaming);
 
 // Fewer than 16 bytes: two overlapping stores of the widest piece that fits, so no byte
 // loop runs for more than three bytes.
-void clearShort(Ipp8u* p, int n) {
+void clearShort(Byte* p, int n) {
     if (n >= 8) {
-        store8(p, 0);
-        store8(p + n - 8, 0);
+        storeBytes<8>(p, 0);
+        storeBytes<8>(p + n - 8, 0);
     } else if (n >= 4) {
-        store4(p, 0);
-        store4(p + n - 4, 0);
+        storeBytes<4>(p, 0);
+        storeBytes<4>(p + n - 4, 0);
     } else {
         for (int i = 0; i < n; ++i) p[i] = 0;
+    }
+}
+
+// Clears a piece of N bytes at p if p has the address bit N, so that p reaches the next
+// multiple of 2N.
+template <int N>
+inline void clearToAlignment(Byte*& p, int& n) {
+    if (misalignment(p, 2 * N) >= N) {
+        storeBytes<N>(p, 0);
+        p += N;
+        n -= N;
     }
 }
 
 #if !defined(__AVX__)
 // m7, n8, u8, y8: align to 16 bytes by pieces of 1, 2, 4 and 8, clear 64-byte blocks, then
 // up to three aligned 16-byte stores and a short rest.
-void clearBy16(Ipp8u* p, int n) {
+void clearBy16(Byte* p, int n) {
+    using L = Lanes<16>;
     if (n >= 16) {
         // Each piece is taken by the address as it stands after the smaller ones.
-        if (reinterpret_cast<std::uintptr_t>(p) & 1) {
-            *p = 0;
-            p += 1;
-            n -= 1;
-        }
-        if (reinterpret_cast<std::uintptr_t>(p) & 2) {
-            std::memset(p, 0, 2);
-            p += 2;
-            n -= 2;
-        }
-        if (reinterpret_cast<std::uintptr_t>(p) & 4) {
-            store4(p, 0);
-            p += 4;
-            n -= 4;
-        }
-        if (reinterpret_cast<std::uintptr_t>(p) & 8) {
-            store8(p, 0);
-            p += 8;
-            n -= 8;
-        }
-        const __m128i zero = _mm_setzero_si128();
+        clearToAlignment<1>(p, n);
+        clearToAlignment<2>(p, n);
+        clearToAlignment<4>(p, n);
+        clearToAlignment<8>(p, n);
+        const L::V zero = L::zero();
         if (n >= 64) {
-            // Only a block larger than the cache is streamed; the legacy query answers 0
-            // when it knows no size, which keeps the plain path.
-            bool stream = false;
-            if (n > kLegacyStreamThreshold) {
-                const int cacheSize = nuvLegacyCacheSize();
-                stream = cacheSize > 0 && n >= cacheSize;
-            }
-            if (stream) {
-                for (; n >= 64; n -= 64, p += 64) {
-                    _mm_stream_si128(reinterpret_cast<__m128i*>(p), zero);
-                    _mm_stream_si128(reinterpret_cast<__m128i*>(p + 16), zero);
-                    _mm_stream_si128(reinterpret_cast<__m128i*>(p + 32), zero);
-                    _mm_stream_si128(reinterpret_cast<__m128i*>(p + 48), zero);
-                }
-                _mm_sfence();
+            if (streams(streaming, n)) {
+                for (; n >= 64; n -= 64, p += 64)
+                    for (int i = 0; i < 64; i += 16) L::stream(p + i, zero);
+                fenceStreamedStores();
             } else {
-                for (; n >= 64; n -= 64, p += 64) {
-                    _mm_store_si128(reinterpret_cast<__m128i*>(p), zero);
-                    _mm_store_si128(reinterpret_cast<__m128i*>(p + 16), zero);
-                    _mm_store_si128(reinterpret_cast<__m128i*>(p + 32), zero);
-                    _mm_store_si128(reinterpret_cast<__m128i*>(p + 48), zero);
-                }
+                for (; n >= 64; n -= 64, p += 64)
+                    for (int i = 0; i < 64; i += 16) L::storeAligned(p + i, zero);
             }
         }
-        for (; n >= 16; n -= 16, p += 16) _mm_store_si128(reinterpret_cast<__m128i*>(p), zero);
+        for (; n >= 16; n -= 16, p += 16) L::storeAligned(p, zero);
     }
     clearShort(p, n);
 }
@@ -104,53 +77,47 @@ void clearBy16(Ipp8u* p, int n) {
 #else
 // e9, l9: 32-byte stores, the last ones ending at the block's end (overlapping earlier
 // ones) so no loop of small pieces runs.
-void clearBy32(Ipp8u* p, int n) {
-    const __m256i zero = _mm256_setzero_si256();
+void clearBy32(Byte* p, int n) {
+    using L = Lanes<32>;
+    const L::V zero = L::zero();
     if (n < 32) {
         if (n >= 16) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_setzero_si128());
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(p + n - 16), _mm_setzero_si128());
+            Lanes<16>::store(p, Lanes<16>::zero());
+            Lanes<16>::store(p + n - 16, Lanes<16>::zero());
         } else {
             clearShort(p, n);
         }
         return;
     }
-    Ipp8u* const end = p + n;
-    bool stream = false;
-    if (n > kWideStreamThreshold) {
-        int cacheSize = 0;
-        stream = ippGetMaxCacheSizeB(&cacheSize) == ippStsNoErr && cacheSize > 0 && n > cacheSize;
-    }
-    if (stream) {
+    Byte* const end = p + n;
+    if (streams(streaming, n)) {
         // An unaligned head of 64 bytes, then streaming from the next 64-byte boundary, so
         // every streamed block fills one cache line.
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), zero);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 32), zero);
-        p = reinterpret_cast<Ipp8u*>((reinterpret_cast<std::uintptr_t>(p) + 64) &
-                                     ~std::uintptr_t{63});
+        L::store(p, zero);
+        L::store(p + 32, zero);
+        p += 64 - misalignment(p, 64);
         for (; end - p >= 64; p += 64) {
-            _mm256_stream_si256(reinterpret_cast<__m256i*>(p), zero);
-            _mm256_stream_si256(reinterpret_cast<__m256i*>(p + 32), zero);
+            L::stream(p, zero);
+            L::stream(p + 32, zero);
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 64), zero);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 32), zero);
-        _mm_sfence();
+        L::store(end - 64, zero);
+        L::store(end - 32, zero);
+        fenceStreamedStores();
         return;
     }
     if (n >= 128) {
         // Align the loop's stores to 32 bytes; the head store covers what is skipped.
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), zero);
-        p = reinterpret_cast<Ipp8u*>((reinterpret_cast<std::uintptr_t>(p) + 32) &
-                                     ~std::uintptr_t{31});
+        L::store(p, zero);
+        p += 32 - misalignment(p, 32);
         for (; end - p >= 64; p += 64) {
-            _mm256_store_si256(reinterpret_cast<__m256i*>(p), zero);
-            _mm256_store_si256(reinterpret_cast<__m256i*>(p + 32), zero);
+            L::storeAligned(p, zero);
+            L::storeAligned(p + 32, zero);
         }
     }
     // Fewer than 128 bytes are left and the block holds at least 32, so the last store may
     // start before p.
-    for (; end - p > 32; p += 32) _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), zero);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - 32), zero);
+    for (; end - p > 32; p += 32) L::store(p, zero);
+    L::store(end - 32, zero);
 }
 #endif
 
@@ -167,17 +134,17 @@ Ipp8u* ownsZero_8u(Ipp8u* pDst, int byteCount) {
 }
 
 IppStatus ippsZero_8u(Ipp8u* pDst, int length) {
-    if (pDst == nullptr) return ippStsNullPtrErr;
-    if (length < 1) return ippStsSizeErr;
+    const IppStatus status = firstFailure({nullCheck(pDst), {length < 1, ippStsSizeErr}});
+    if (status != ippStsNoErr) return status;
     ownsZero_8u(pDst, length);
     return ippStsNoErr;
 }
 
 IppStatus ippsZero_32s(Ipp32s* pDst, int length) {
-    if (pDst == nullptr) return ippStsNullPtrErr;
-    if (length < 1) return ippStsSizeErr;
+    const IppStatus status = firstFailure({nullCheck(pDst), {length < 1, ippStsSizeErr}});
+    if (status != ippStsNoErr) return status;
     // The byte count is a 32-bit product: a length above 0x1FFFFFFF wraps.
-    const int byteCount = static_cast<int>(static_cast<std::uint32_t>(length) * 4u);
+    const int byteCount = product32(length, 4);
     ownsZero_8u(reinterpret_cast<Ipp8u*>(pDst), byteCount);
     return ippStsNoErr;
 }
