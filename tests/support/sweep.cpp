@@ -1,0 +1,140 @@
+#include "support/sweep.h"
+
+#include "support/bodies.h"
+#include "support/slots.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace nuv::test {
+
+char const* nameOf(Generation g) {
+    static char const* const names[] = {"m7", "n8", "u8", "y8", "e9", "l9"};
+    return names[static_cast<int>(g)];
+}
+
+std::string generationName(::testing::TestParamInfo<Generation> const& info) {
+    return nameOf(info.param);
+}
+
+int slotOf(Generation g, char const* name) {
+    for (NamedSlots const& n : namedSlots) {
+        if (std::strcmp(n.name, name) != 0) continue;
+        for (int slot : executableSlots())
+            if (variantOfSlot(slot, n.slot2, n.slot3) == nameOf(g)) return slot;
+        return -1;
+    }
+    ADD_FAILURE() << name << " is in no dispatch list";
+    return -1;
+}
+
+namespace {
+
+struct Shape {
+    int rowBytes, rows;
+};
+Shape sourceShape(SweepCase const& c, IppiSize s) {
+    return {s.width * c.srcPixelBytes, s.height};
+}
+Shape destinationShape(SweepCase const& c, IppiSize s) {
+    return c.transposed ? Shape{s.height * c.dstPixelBytes, s.width}
+                        : Shape{s.width * c.dstPixelBytes, s.height};
+}
+
+// One call of the case at `slot` on fresh images in the given layouts, checked against the
+// model: status, bytes, the guards and padding around the destination, the sources unchanged.
+void expectModel(SweepCase const& c, int slot, IppiSize size, int arg, Layout const& srcLayout,
+                 Layout const& dstLayout, std::mt19937& rng) {
+    SCOPED_TRACE(c.name + " " + std::to_string(size.width) + "x" + std::to_string(size.height) +
+                 " arg " + std::to_string(arg) + " src{pad " + std::to_string(srcLayout.padding) +
+                 " off " + std::to_string(srcLayout.misalign) + (srcLayout.negative ? " up" : "") +
+                 "} dst{pad " + std::to_string(dstLayout.padding) + " off " +
+                 std::to_string(dstLayout.misalign) + (dstLayout.negative ? " up" : "") + "}");
+    const Shape in = sourceShape(c, size), out = destinationShape(c, size);
+    std::vector<std::unique_ptr<GuardedImage>> sources;
+    std::vector<Bytes> packedSources;
+    for (int k = 0; k < c.sources; ++k) {
+        sources.push_back(std::make_unique<GuardedImage>(in.rowBytes, in.rows, srcLayout));
+        sources.back()->fillRandom(rng);
+        packedSources.push_back(sources.back()->packed());
+    }
+    GuardedImage dst(out.rowBytes, out.rows, dstLayout);
+    dst.fillRandom(rng);
+    const Bytes before = dst.packed();
+    Bytes expected;
+    const IppStatus status = c.model({packedSources, before, size, arg}, expected);
+    Call call{nullptr, 0, nullptr, 0, dst.first(), dst.step(), size, arg};
+    if (c.sources > 0) call.src1 = sources[0]->first(), call.src1Step = sources[0]->step();
+    if (c.sources > 1) call.src2 = sources[1]->first(), call.src2Step = sources[1]->step();
+    ASSERT_EQ(c.call(slot, call), status);
+    if (status != ippStsNoErr) expected = before;
+    const Bytes got = dst.packed();
+    if (got != expected) {
+        const auto at = std::mismatch(got.begin(), got.end(), expected.begin()).first;
+        FAIL() << "first wrong byte at " << (at - got.begin()) << " of " << got.size();
+    }
+    EXPECT_TRUE(dst.guardsIntact());
+    for (int k = 0; k < c.sources; ++k) {
+        EXPECT_EQ(sources[k]->packed(), packedSources[k]);
+        EXPECT_TRUE(sources[k]->guardsIntact());
+    }
+}
+
+}  // namespace
+
+int PrimitiveSweep::sweepRandom(std::vector<SweepCase> const& cases, int rounds,
+                                std::mt19937& rng) {
+    int covered = 0;
+    for (SweepCase const& c : cases) {
+        const int slot = slotOf(GetParam(), c.name.c_str());
+        if (slot < 0) continue;
+        ++covered;
+        for (int round = 0; round < rounds; ++round) {
+            IppiSize size{static_cast<int>(rng() % 70) + 1, static_cast<int>(rng() % 9) + 1};
+            if (round % 4 == 3) size.height = static_cast<int>(rng() % 70) + 1;
+            if (c.square) size.height = size.width;
+            const std::vector<Layout> layouts = standardLayouts(rng);
+            const Layout& s = layouts[rng() % layouts.size()];
+            const Layout& d = layouts[rng() % layouts.size()];
+            expectModel(c, slot, size, c.args[rng() % c.args.size()], s, d, rng);
+            if (HasFatalFailure()) return covered;
+        }
+    }
+    return covered;
+}
+
+void PrimitiveSweep::sweepLarge(std::vector<SweepCase> const& cases) {
+    std::mt19937 rng(7);
+    const Layout layouts[] = {{}, {64, 0, false, 32}, {3, 5, true, 32}};
+    for (SweepCase const& c : cases) {
+        const int slot = slotOf(GetParam(), c.name.c_str());
+        if (slot < 0) continue;
+        for (IppiSize size : c.largeSizes)
+            for (Layout const& layout : layouts)
+                for (int arg : c.args) expectModel(c, slot, size, arg, layout, layout, rng);
+    }
+}
+
+void PrimitiveSweep::sweepRefusals(SweepCase const& c, std::vector<Refusal> const& refusals) {
+    const int slot = slotOf(GetParam(), c.name.c_str());
+    if (slot < 0) return;
+    std::mt19937 rng(3);
+    GuardedImage src(64, 8), dst(64, 8);
+    src.fillRandom(rng);
+    dst.fillRandom(rng);
+    const Bytes before = dst.packed();
+    for (Refusal const& r : refusals) {
+        SCOPED_TRACE(c.name + " " + std::to_string(r.size.width) + "x" +
+                     std::to_string(r.size.height) + " arg " + std::to_string(r.arg) +
+                     (r.nullSrc ? " null source" : "") + (r.nullDst ? " null destination" : ""));
+        Ipp8u const* source = r.nullSrc ? nullptr : src.first();
+        Call call{source,     src.step(), source, src.step(), r.nullDst ? nullptr : dst.first(),
+                  dst.step(), r.size,     r.arg};
+        EXPECT_EQ(c.call(slot, call), r.status);
+        EXPECT_EQ(dst.packed(), before);
+        EXPECT_TRUE(dst.guardsIntact());
+    }
+}
+
+}  // namespace nuv::test
