@@ -4,15 +4,9 @@
 // places; inside a block, register tiles do the work. Newer generations send a large aligned
 // one-channel image through a second blocking of 512 by 512 when it would not fit twice in
 // the cache, so that a frame does not evict itself.
-#include "primitives/dispatch/variant.h"
-
-#include <cstddef>
-#include <cstdint>
+#include "primitives/image/transpose_tiles.h"
 
 namespace nuv::prim::NUV_V {
-
-#include "primitives/image/transpose_tiles.inc"
-
 namespace {
 
 // Out-of-place blocks are at most this many pixels on a side.
@@ -23,19 +17,41 @@ constexpr int kInPlaceBlockC3 = 64;
 // Tiles of the large route.
 constexpr int kLargeTile = 512;
 
+// The register tiles of each generation: m7 has no byte shuffle and moves three-channel
+// pixels by plain loops; the SSSE3 generations read sixteen one-channel columns per row load
+// and shuffle 4x4 pixels; l9 transposes 16x16 bytes and 8x8 pixels in AVX2 registers. From
+// u8 on, a large aligned one-channel image that would not fit twice in the cache takes the
+// tiled route, whose lines stream past the cache.
+enum class C1Tiles { bytes8x8, bytes16x8, bytes16x16 };
+enum class C3Tiles { plainLoops, pixels4x4, pixels8x8 };
+struct TransposePolicy {
+    C1Tiles c1;
+    C3Tiles c3;
+    bool largeRoute;
+};
+constexpr TransposePolicy transposePolicies[generationCount] = {
+    /* m7 */ {C1Tiles::bytes8x8, C3Tiles::plainLoops, false},
+    /* n8 */ {C1Tiles::bytes16x8, C3Tiles::pixels4x4, false},
+    /* u8 */ {C1Tiles::bytes16x8, C3Tiles::pixels4x4, true},
+    /* y8 */ {C1Tiles::bytes16x8, C3Tiles::pixels4x4, true},
+    /* e9 */ {C1Tiles::bytes16x8, C3Tiles::pixels4x4, true},
+    /* l9 */ {C1Tiles::bytes16x16, C3Tiles::pixels8x8, true},
+};
+constexpr TransposePolicy const& policy = ofThisGeneration(transposePolicies);
+
+// The large route streams when twice the image passes the largest cache; an unknown cache
+// counts as none at all, so such an image always takes it there.
+constexpr StreamRule largeRouteRule{0, false, CacheQuery::largest, 2, false, 0};
+
 inline int smallest(int a, int b) {
     return a < b ? a : b;
 }
 
 inline Byte const* at(Byte const* p, int step, int y, int xBytes) {
-    return p + static_cast<Offset>(y) * step + xBytes;
+    return rowAt(p, step, y) + xBytes;
 }
 inline Byte* at(Byte* p, int step, int y, int xBytes) {
-    return p + static_cast<Offset>(y) * step + xBytes;
-}
-
-inline bool multipleOf(std::uintptr_t value, std::uintptr_t unit) {
-    return value % unit == 0;
+    return rowAt(p, step, y) + xBytes;
 }
 
 // Bytes of the source rows [y0, y1) for the columns [x0, x1), one at a time: the rests
@@ -50,24 +66,23 @@ void transposeBytes(Byte const* src, int srcStep, Byte* dst, int dstStep, int x0
 
 // ------------------------------------------------------------------ one channel
 
-// One block: eight columns at a time, each 8x8 tile through the three-level interleave; the
-// SSSE3 and later generations read sixteen columns per row load, and l9 transposes 16x16
-// tiles in AVX2 registers. Rests below eight rows or columns go byte by byte.
-template <Gen G>
-void owniTranspose_8u_C1R_M7(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
-                             int height) {
+// One block: eight columns at a time, each 8x8 tile through the three-level interleave, or
+// sixteen per row load where the policy says so. Rests below eight rows or columns go byte by
+// byte.
+void transposeBlockC1(Byte const* src, int srcStep, Byte* dst, int dstStep, int width, int height) {
     const Offset ss = srcStep, ds = dstStep;
     int x = 0;
-    if constexpr (G != Gen::m7) {
+    if constexpr (policy.c1 != C1Tiles::bytes8x8) {
         for (; x + 16 <= width; x += 16) {
             int y = 0;
-            if constexpr (G == Gen::l9) {
+            if constexpr (policy.c1 == C1Tiles::bytes16x16) {
                 for (; y + 16 <= height; y += 16)
-                    transpose16x16<G, false>(at(src, srcStep, y, x), ss, at(dst, dstStep, x, y),
-                                             ds);
+                    transpose16x16<Align::unaligned>(at(src, srcStep, y, x), ss,
+                                                     at(dst, dstStep, x, y), ds);
             }
             for (; y + 8 <= height; y += 8)
-                transpose16x8<G, false>(at(src, srcStep, y, x), ss, at(dst, dstStep, x, y), ds);
+                transpose16x8<Align::unaligned>(at(src, srcStep, y, x), ss, at(dst, dstStep, x, y),
+                                                ds);
             transposeBytes(src, srcStep, dst, dstStep, x, x + 16, y, height);
         }
     }
@@ -87,9 +102,8 @@ void owniTranspose_8u_C1R_M7(Byte const* src, int srcStep, Byte* dst, int dstSte
 // transposed there in the first-level cache, and sent out as whole destination lines with
 // streaming stores: the image does not fit in the cache (that is why this route runs), so
 // its lines would only evict the caller's data.
-template <Gen G>
-void owniTransposeWxH_8uC1(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
-                           int height) {
+void transposeLargeTile(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
+                        int height) {
     alignas(64) Byte in[kBlock * kBlock];
     alignas(64) Byte out[kBlock * kBlock];
     for (int bx = 0; bx < width; bx += kBlock) {
@@ -97,64 +111,53 @@ void owniTransposeWxH_8uC1(Byte const* src, int srcStep, Byte* dst, int dstStep,
             for (int r = 0; r < kBlock; ++r) {
                 Byte const* line = at(src, srcStep, by + r, bx);
                 for (int i = 0; i < kBlock; i += 16)
-                    store16<true>(in + r * kBlock + i, load16<true>(line + i));
+                    L16::storeAligned(in + r * kBlock + i, L16::loadAligned(line + i));
             }
             for (int x = 0; x < kBlock; x += 16) {
                 for (int y = 0; y < kBlock;) {
-                    if constexpr (G == Gen::l9) {
-                        transpose16x16<G, true>(in + y * kBlock + x, kBlock, out + x * kBlock + y,
-                                                kBlock);
+                    if constexpr (policy.c1 == C1Tiles::bytes16x16) {
+                        transpose16x16<Align::aligned>(in + y * kBlock + x, kBlock,
+                                                       out + x * kBlock + y, kBlock);
                         y += 16;
                     } else {
-                        transpose16x8<G, true>(in + y * kBlock + x, kBlock, out + x * kBlock + y,
-                                               kBlock);
+                        transpose16x8<Align::aligned>(in + y * kBlock + x, kBlock,
+                                                      out + x * kBlock + y, kBlock);
                         y += 8;
                     }
                 }
             }
             for (int r = 0; r < kBlock; ++r)
-                streamLine64<G>(at(dst, dstStep, bx + r, by), out + r * kBlock);
+                streamLine64<IntLanes>(at(dst, dstStep, bx + r, by), out + r * kBlock);
         }
     }
 }
 
 // The whole image in tiles of 512 by 512, row band by row band, left to right within a band;
 // a last tile of a row or column takes what is left.
-template <Gen G>
-void owniTranspose8u_C1R_core2(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
-                               int height) {
+void transposeLarge(Byte const* src, int srcStep, Byte* dst, int dstStep, int width, int height) {
     for (int ty = 0; ty < height; ty += kLargeTile) {
         const int th = smallest(kLargeTile, height - ty);
         for (int tx = 0; tx < width; tx += kLargeTile) {
             const int tw = smallest(kLargeTile, width - tx);
-            owniTransposeWxH_8uC1<G>(at(src, srcStep, ty, tx), srcStep, at(dst, dstStep, tx, ty),
-                                     dstStep, tw, th);
+            transposeLargeTile(at(src, srcStep, ty, tx), srcStep, at(dst, dstStep, tx, ty), dstStep,
+                               tw, th);
         }
     }
-    // Streaming stores are weakly ordered: later reads, on this thread or another, must see
-    // them.
-    _mm_sfence();
+    fenceStreamedStores();
 }
 
 // The large route is worth taking for wide images whose blocks all come out whole and whose
-// rows allow aligned vectors, when twice the image does not fit in the cache. An unknown
-// cache size counts as 0, so such an image always takes it there.
-template <Gen G>
+// rows allow aligned vectors, when twice the image does not fit in the cache.
 bool takesLargeRoute(Byte const* pSrc, int srcStep, Byte const* pDst, int dstStep,
                      IppiSize roiSize) {
-    if constexpr (G == Gen::m7 || G == Gen::n8) {
+    if constexpr (!policy.largeRoute) {
         return false;
     } else {
         if (roiSize.width <= 1024) return false;
         if (roiSize.width % 64 != 0 || roiSize.height % 64 != 0) return false;
-        if (srcStep % 16 != 0 || !multipleOf(reinterpret_cast<std::uintptr_t>(pSrc), 16))
-            return false;
-        if (dstStep % 64 != 0 || !multipleOf(reinterpret_cast<std::uintptr_t>(pDst), 64))
-            return false;
-        int cacheSize = 0;
-        ippGetMaxCacheSizeB(&cacheSize);
-        return static_cast<std::int64_t>(cacheSize) <
-               2 * static_cast<std::int64_t>(roiSize.width) * roiSize.height;
+        if (srcStep % 16 != 0 || !isAligned(pSrc, 16)) return false;
+        if (dstStep % 64 != 0 || !isAligned(pDst, 64)) return false;
+        return streams(largeRouteRule, static_cast<std::int64_t>(roiSize.width) * roiSize.height);
     }
 }
 
@@ -164,18 +167,12 @@ bool takesLargeRoute(Byte const* pSrc, int srcStep, Byte const* pDst, int dstSte
 // two pixels of a turn are neighbours in the destination and leave as one 8-byte store, whose
 // last two bytes belong to the next turn and are written again by it; the 4-byte loads read
 // the first byte of the next pixel, which the block has for all but its last column.
-template <Gen G>
 inline void movePixelPair(Byte const* upper, Byte const* lower, Byte* d) {
-    std::uint32_t top, bottom;
-    __builtin_memcpy(&top, upper, 4);
-    __builtin_memcpy(&bottom, lower, 4);
-    const std::uint64_t pair =
-        (top & 0xFFFFFFu) | (static_cast<std::uint64_t>(bottom & 0xFFFFFFu) << 24);
-    __builtin_memcpy(d, &pair, 8);
+    const std::uint32_t top = loadBytes<4>(upper), bottom = loadBytes<4>(lower);
+    storeBytes<8>(d, (top & 0xFFFFFFu) | (static_cast<std::uint64_t>(bottom & 0xFFFFFFu) << 24));
 }
 
 // Down one source column at a time, so that each destination row is written front to back.
-template <Gen G>
 void transposePixelsByColumn(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
                              int height) {
     for (int x = 0; x < width; ++x) {
@@ -184,15 +181,14 @@ void transposePixelsByColumn(Byte const* src, int srcStep, Byte* dst, int dstSte
         int y = 0;
         if (x + 1 < width) {
             for (; y + 3 <= height; y += 2)
-                movePixelPair<G>(column + static_cast<Offset>(y) * srcStep,
-                                 column + static_cast<Offset>(y + 1) * srcStep, d + 3 * y);
+                movePixelPair(column + static_cast<Offset>(y) * srcStep,
+                              column + static_cast<Offset>(y + 1) * srcStep, d + 3 * y);
         }
         for (; y < height; ++y) copyPixel3(column + static_cast<Offset>(y) * srcStep, d + 3 * y);
     }
 }
 
 // In bands of eight columns, each source row pair moving eight pixel pairs.
-template <Gen G>
 void transposePixelsByBand(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
                            int height) {
     constexpr int kBand = 8;
@@ -205,7 +201,7 @@ void transposePixelsByBand(Byte const* src, int srcStep, Byte* dst, int dstStep,
             Byte const* lower = at(src, srcStep, y + 1, 0);
             int x = x0;
             for (; x < wide; ++x)
-                movePixelPair<G>(upper + 3 * x, lower + 3 * x, at(dst, dstStep, x, 3 * y));
+                movePixelPair(upper + 3 * x, lower + 3 * x, at(dst, dstStep, x, 3 * y));
             for (; x < x1; ++x) {
                 Byte* d = at(dst, dstStep, x, 3 * y);
                 copyPixel3(upper + 3 * x, d);
@@ -222,14 +218,13 @@ void transposePixelsByBand(Byte const* src, int srcStep, Byte* dst, int dstStep,
 // Source rows whose distance is a multiple of 512 bytes fall into at most eight sets of the
 // first-level cache, fewer than the block's rows: running down a column, each row would evict
 // the line the next column needs. Such blocks go by bands, all others by columns.
-template <Gen G>
 void transposePixelsPlain(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
                           int height) {
     const int distance = srcStep < 0 ? -srcStep : srcStep;
     if (distance % 512 == 0) {
-        transposePixelsByBand<G>(src, srcStep, dst, dstStep, width, height);
+        transposePixelsByBand(src, srcStep, dst, dstStep, width, height);
     } else {
-        transposePixelsByColumn<G>(src, srcStep, dst, dstStep, width, height);
+        transposePixelsByColumn(src, srcStep, dst, dstStep, width, height);
     }
 }
 
@@ -245,19 +240,18 @@ inline void transposePixels(Byte const* src, int srcStep, Byte* dst, int dstStep
 // Tiles of T x T pixels, 4 with SSSE3 byte shuffles, 8 in AVX2. A tile may read and write a
 // few bytes past its pixels where the block has two more columns (rows) beyond the tile; the
 // bytes written there belong to the tile below in the same columns, which comes later.
-template <Gen G, int T, bool WideLoads, bool WideStores>
+template <int T, bool WideLoads, bool WideStores>
 inline void pixelTile(Byte const* s, Offset ss, Byte* d, Offset ds) {
     if constexpr (T == 8) {
-        transposePixels8x8<G, WideLoads, WideStores>(s, ss, d, ds);
+        transposePixels8x8<WideLoads, WideStores>(s, ss, d, ds);
     } else {
-        transposePixels4x4<G, WideLoads, WideStores>(s, ss, d, ds);
+        transposePixels4x4<WideLoads, WideStores>(s, ss, d, ds);
     }
 }
 
-template <Gen G>
-void owniTranspose_8u_C3R(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
-                          int height) {
-    constexpr int T = G == Gen::l9 ? 8 : 4;
+template <int T>
+void transposeBlockC3ByTiles(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
+                             int height) {
     const Offset ss = srcStep, ds = dstStep;
     int x = 0;
     for (; x + T <= width; x += T) {
@@ -271,15 +265,15 @@ void owniTranspose_8u_C3R(Byte const* src, int srcStep, Byte* dst, int dstStep, 
             const bool wideStores = y + T + 2 <= height;
             if (wideLoads) {
                 if (wideStores) {
-                    pixelTile<G, T, true, true>(s, ss, d, ds);
+                    pixelTile<T, true, true>(s, ss, d, ds);
                 } else {
-                    pixelTile<G, T, true, false>(s, ss, d, ds);
+                    pixelTile<T, true, false>(s, ss, d, ds);
                 }
             } else {
                 if (wideStores) {
-                    pixelTile<G, T, false, true>(s, ss, d, ds);
+                    pixelTile<T, false, true>(s, ss, d, ds);
                 } else {
-                    pixelTile<G, T, false, false>(s, ss, d, ds);
+                    pixelTile<T, false, false>(s, ss, d, ds);
                 }
             }
         }
@@ -288,12 +282,12 @@ void owniTranspose_8u_C3R(Byte const* src, int srcStep, Byte* dst, int dstStep, 
     transposePixels(src, srcStep, dst, dstStep, x, width, 0, height);
 }
 
-template <Gen G>
 void transposeBlockC3(Byte const* src, int srcStep, Byte* dst, int dstStep, int width, int height) {
-    if constexpr (G == Gen::m7) {
-        transposePixelsPlain<G>(src, srcStep, dst, dstStep, width, height);
+    if constexpr (policy.c3 == C3Tiles::plainLoops) {
+        transposePixelsPlain(src, srcStep, dst, dstStep, width, height);
     } else {
-        owniTranspose_8u_C3R<G>(src, srcStep, dst, dstStep, width, height);
+        transposeBlockC3ByTiles<policy.c3 == C3Tiles::pixels8x8 ? 8 : 4>(src, srcStep, dst, dstStep,
+                                                                         width, height);
     }
 }
 
@@ -333,7 +327,7 @@ inline void swapBytes(Byte* a, Byte* b) {
 
 // An off-diagonal pair: the block of `height` rows and `width` columns at `upper` trades
 // places with the block of `width` rows and `height` columns at `lower`, each transposed.
-void owniTranspose_8u_C1IR_M7(Byte* upper, Byte* lower, int step, int width, int height) {
+void swapBlocksC1(Byte* upper, Byte* lower, int step, int width, int height) {
     const Offset s = step;
     const int fullRows = height & ~7, fullCols = width & ~7;
     for (int r = 0; r < fullRows; r += 8)
@@ -381,10 +375,10 @@ void transposeDiagonalBlockC3(Byte* p, int step, int n) {
 template <int Channels, class Diagonal, class Pair>
 IppStatus transposeSquareInPlace(Byte* p, int step, IppiSize roiSize, int blockLimit,
                                  Diagonal diagonal, Pair pair) {
-    if (p == nullptr) return ippStsNullPtrErr;
-    if (roiSize.width < 1 || roiSize.height < 1) return ippStsSizeErr;
     // Only a square keeps its shape in its own memory.
-    if (roiSize.width != roiSize.height) return ippStsSizeErr;
+    const IppStatus status = firstFailure(
+        {nullCheck(p), sizeCheck(roiSize), {roiSize.width != roiSize.height, ippStsSizeErr}});
+    if (status != ippStsNoErr) return status;
     const int n = roiSize.width;
     const int b = smallest(n, blockLimit);
     for (int i0 = 0; i0 < n; i0 += b) {
@@ -404,7 +398,7 @@ IppStatus transposeSquareInPlace(Byte* p, int step, IppiSize roiSize, int blockL
 
 IppStatus ippiTranspose_8u_C1IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize) {
     return transposeSquareInPlace<1>(pSrcDst, srcDstStep, roiSize, kInPlaceBlockC1,
-                                     transposeDiagonalBlockC1, owniTranspose_8u_C1IR_M7);
+                                     transposeDiagonalBlockC1, swapBlocksC1);
 }
 
 IppStatus ippiTranspose_8u_C3IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize) {
@@ -416,23 +410,22 @@ IppStatus ippiTranspose_8u_C3IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize
 IppStatus ippiTranspose_8u_C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                                IppiSize roiSize) {
     if (pSrc == pDst && srcStep == dstStep) return ippiTranspose_8u_C1IR(pDst, dstStep, roiSize);
-    if (pSrc == nullptr || pDst == nullptr) return ippStsNullPtrErr;
-    if (roiSize.width < 1 || roiSize.height < 1) return ippStsSizeErr;
-    if (takesLargeRoute<NUV_GEN>(pSrc, srcStep, pDst, dstStep, roiSize)) {
-        owniTranspose8u_C1R_core2<NUV_GEN>(pSrc, srcStep, pDst, dstStep, roiSize.width,
-                                           roiSize.height);
+    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(roiSize)});
+    if (status != ippStsNoErr) return status;
+    if (takesLargeRoute(pSrc, srcStep, pDst, dstStep, roiSize)) {
+        transposeLarge(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
         return ippStsNoErr;
     }
-    walkBlocks<1>(pSrc, srcStep, pDst, dstStep, roiSize, owniTranspose_8u_C1R_M7<NUV_GEN>);
+    walkBlocks<1>(pSrc, srcStep, pDst, dstStep, roiSize, transposeBlockC1);
     return ippStsNoErr;
 }
 
 IppStatus ippiTranspose_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                                IppiSize roiSize) {
     if (pSrc == pDst && srcStep == dstStep) return ippiTranspose_8u_C3IR(pDst, dstStep, roiSize);
-    if (pSrc == nullptr || pDst == nullptr) return ippStsNullPtrErr;
-    if (roiSize.width < 1 || roiSize.height < 1) return ippStsSizeErr;
-    walkBlocks<3>(pSrc, srcStep, pDst, dstStep, roiSize, transposeBlockC3<NUV_GEN>);
+    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(roiSize)});
+    if (status != ippStsNoErr) return status;
+    walkBlocks<3>(pSrc, srcStep, pDst, dstStep, roiSize, transposeBlockC3);
     return ippStsNoErr;
 }
 

@@ -62,8 +62,20 @@ struct Lanes<16> {
     static void stream(void* p, V v) { _mm_stream_si128(static_cast<V*>(p), v); }
     // Partial: the low or the high 8 bytes.
     static void storeLow(void* p, V v) { _mm_storel_epi64(static_cast<V*>(p), v); }
+    // movhps: its built-in form makes no claim of alignment, unlike the double store.
     static void storeHigh(void* p, V v) {
-        _mm_storeh_pd(static_cast<double*>(p), _mm_castsi128_pd(v));
+        _mm_storeh_pi(static_cast<__m64*>(p), _mm_castsi128_ps(v));
+    }
+    // Partial: exactly 12 bytes, for pixels at the edge of a region where 16 could reach past
+    // it; the top four bytes of a load are zero.
+    static V loadLow12(void const* p) {
+        return _mm_unpacklo_epi64(loadLow(p),
+                                  fromInt(loadBytes<4>(static_cast<Byte const*>(p) + 8)));
+    }
+    static void storeLow12(void* p, V v) {
+        storeLow(p, v);
+        storeBytes<4>(static_cast<Byte*>(p) + 8,
+                      static_cast<std::uint32_t>(lowInt(_mm_srli_si128(v, 8))));
     }
 
     // ---- constants and scalars
@@ -239,7 +251,7 @@ struct Lanes<32> {
         return _mm256_extracti128_si256(v, 1);
     }
     static V swapHalves(V v) {
-        return _mm256_permute4x64_epi64(v, 0x4E);
+        return permuteQuads<0x4E>(v);
     }
     // The low half of a under the high half of b.
     static V joinHalves(V a, V b) {
@@ -248,6 +260,18 @@ struct Lanes<32> {
     // The high half of a under the low half of b.
     static V crossHalves(V a, V b) {
         return _mm256_permute2x128_si256(a, b, 0x21);
+    }
+    // The two low halves, a's first; the two high halves, a's first.
+    static V lowHalves(V a, V b) {
+        return _mm256_permute2x128_si256(a, b, 0x20);
+    }
+    static V highHalves(V a, V b) {
+        return _mm256_permute2x128_si256(a, b, 0x31);
+    }
+    // Quadword i of the result is quadword (Order >> 2i) & 3 of v, across the halves.
+    template <int Order>
+    static V permuteQuads(V v) {
+        return _mm256_permute4x64_epi64(v, Order);
     }
     static V dwords(int d0, int d1, int d2, int d3, int d4, int d5, int d6, int d7) {
         return _mm256_setr_epi32(d0, d1, d2, d3, d4, d5, d6, d7);
