@@ -7,16 +7,8 @@
 namespace nuv::prim::NUV_V {
 namespace {
 
-enum class Mover {
-    alignedStores,  // 16-byte aligned stores, lddqu or split loads by the source's alignment
-    joined,         // aligned loads joined by byte alignment; streams whole lines
-    joinedTouched,  // the same, backward where the two addresses alias; streaming touches the
-                    // source of each block first
-    wide,           // 32-byte moves; streams whole lines
-};
-
+// The mover of each generation is the run copy's (copy_runs.h); here is when it streams.
 struct CopyPolicy {
-    Mover mover;
     // When the copy streams, by the region's bytes; the cache is asked only past the bound.
     StreamRule stream;
     // Runs (after joining) shorter than this never stream.
@@ -29,40 +21,14 @@ struct CopyPolicy {
 // order, and it has no cache query of its own. n8 to y8 learn the cache by the copy family's
 // own descriptor table; e9 and l9 ask the largest cache, and only for rows of 1 KiB or more.
 constexpr CopyPolicy copyPolicies[generationCount] = {
-    /* m7 */ {Mover::alignedStores, streamAbove(0x100000), 0, 0},
-    /* n8 */ {Mover::joined, {0x20000, false, CacheQuery::copyTable, 2, false}, 64, 0},
-    /* u8 */ {Mover::joinedTouched, {0x100000, true, CacheQuery::copyTable, 2, true}, 64, 0},
-    /* y8 */ {Mover::joinedTouched, {0x100000, true, CacheQuery::copyTable, 2, true}, 64, 0},
-    /* e9 */ {Mover::wide, {0x200000, false, CacheQuery::largest, 2, false}, 128, 1024},
-    /* l9 */ {Mover::wide, {0x200000, false, CacheQuery::largest, 2, false}, 128, 1024},
+    /* m7 */ {streamAbove(0x100000), 0, 0},
+    /* n8 */ {{0x20000, false, CacheQuery::copyTable, 2, false}, 64, 0},
+    /* u8 */ {{0x100000, true, CacheQuery::copyTable, 2, true}, 64, 0},
+    /* y8 */ {{0x100000, true, CacheQuery::copyTable, 2, true}, 64, 0},
+    /* e9 */ {{0x200000, false, CacheQuery::largest, 2, false}, 128, 1024},
+    /* l9 */ {{0x200000, false, CacheQuery::largest, 2, false}, 128, 1024},
 };
 constexpr CopyPolicy const& policy = ofThisGeneration(copyPolicies);
-
-void copyRun(Byte const* s, Byte* d, int n, bool streamed) {
-    if constexpr (policy.mover == Mover::alignedStores) {
-        copyRunAlignedStores(s, d, n, streamed);
-    } else if constexpr (policy.mover == Mover::wide) {
-        if (streamed) {
-            streamRunLines<32>(s, d, n);
-        } else {
-            copyRunWide(s, d, n);
-        }
-    } else if constexpr (policy.mover == Mover::joined) {
-        if (streamed) {
-            streamRunLines<16>(s, d, n);
-        } else {
-            copyRunJoined(s, d, n);
-        }
-    } else {
-        if (streamed) {
-            streamRunTouched(s, d, n);
-        } else if (isAligned(s, 16) && isAligned(d, 16) && aliasesForward(s, d)) {
-            copyRunBackward(s, d, n);
-        } else {
-            copyRunJoined(s, d, n);
-        }
-    }
-}
 
 // The pointers are checked first, then the size; no step is tested, so a zero step repeats
 // a row and a negative one walks the image upward.
@@ -80,6 +46,7 @@ IppStatus copyRegion(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep, I
         rowBytes, size.height,
         [streamed](int n, Byte const* s, Byte* d) { copyRun(s, d, n, streamed); },
         plane(pSrc, srcStep), plane(pDst, dstStep));
+    if (streamed) fenceStreamedStores();
     return ippStsNoErr;
 }
 

@@ -1,8 +1,10 @@
 // The run movers of the region copy, also used by the top-to-bottom mirror. A mover copies
 // one run of `n` bytes; source and destination never overlap, so a byte may be written twice
-// where that saves a branch. Each generation compiles its own copy of every mover inside its
-// namespace; the movers that need SSSE3 or AVX are templates, so an older generation never
-// instantiates them.
+// where that saves a branch. The streaming movers leave the fence to their caller, who
+// issues it once after the last run: a fence per run would make each run wait until the
+// stores of the one before have drained. Each generation compiles its own copy of every mover
+// inside its namespace; the movers that need SSSE3 or AVX are templates, so an older generation
+// never instantiates them.
 #pragma once
 
 #include "primitives/simd/simd.h"
@@ -54,11 +56,18 @@ inline void copyTailByVectors(Byte const* s, Byte* d, int n) {
 // loads before its stores, each written by `store` (aligned, unaligned or streamed).
 template <class L, class Load, class Store>
 inline void copyBlocks64(Byte const*& s, Byte*& d, int& n, Load load, Store store) {
-    constexpr int w = L::width;
     for (; n >= 64; advance(s, d, n, 64)) {
-        typename L::V v[64 / w];
-        for (int i = 0; i < 64 / w; ++i) v[i] = load(s + i * w);
-        for (int i = 0; i < 64 / w; ++i) store(d + i * w, v[i]);
+        if constexpr (L::width == 16) {
+            const typename L::V a = load(s), b = load(s + 16), c = load(s + 32), e = load(s + 48);
+            store(d, a);
+            store(d + 16, b);
+            store(d + 32, c);
+            store(d + 48, e);
+        } else {
+            const typename L::V a = load(s), b = load(s + 32);
+            store(d, a);
+            store(d + 32, b);
+        }
     }
 }
 
@@ -92,7 +101,6 @@ inline void copyRunAlignedStores(Byte const* s, Byte* d, int n, bool streamed) {
         if (n >= 64) {
             if (streamed) {
                 copyBlocks64<L>(s, d, n, loadCrossing, M::stream);
-                fenceStreamedStores();
             } else if (misalignment(s, 8)) {
                 copyBlocks64<L>(s, d, n, loadCrossing, M::storeAligned);
             } else if (misalignment(s, 16)) {
@@ -215,16 +223,16 @@ inline bool aliasesForward(Byte const* s, Byte const* d) {
     return diff >= 0xF60 || (diff < 0 && diff >= -0xA0);
 }
 
-// From a 64-byte aligned destination whole lines stream past the cache. W is the width of
-// the vectors: 16 in n8, 32 in e9 and l9.
-template <int W>
-void streamRunLines(Byte const* s, Byte* d, int n) {
-    if (const int off = misalignment(d, 64)) {
-        for (int i = 0; i < 64; i += W) moveVector<W>(s + i, d + i);
-        advance(s, d, n, 64 - off);
+// Vectors of W bytes stream past the cache from an AlignTo-byte boundary of the destination,
+// which one unaligned head of AlignTo bytes reaches; the rest is whole vectors and one more
+// ending at the run's end. Runs of at least 2 * AlignTo bytes.
+template <int W, int AlignTo>
+void streamRun(Byte const* s, Byte* d, int n) {
+    if (const int off = misalignment(d, AlignTo)) {
+        for (int i = 0; i < AlignTo; i += W) moveVector<W>(s + i, d + i);
+        advance(s, d, n, AlignTo - off);
     }
     copyBlocks64<Lanes<W>>(s, d, n, Moves<Lanes<W>>::load, Moves<Lanes<W>>::stream);
-    fenceStreamedStores();
     copyTailByVectors<W>(s, d, n);
 }
 
@@ -245,7 +253,6 @@ inline void streamRunTouched(Byte const* s, Byte* d, int n) {
         for (int i = 0; i < block; i += 16) L::stream(d + i, L::load(s + i));
         advance(s, d, n, block);
     }
-    fenceStreamedStores();
     if (n > 0) moveVector<16>(s + n - 16, d + n - 16);
 }
 
@@ -285,6 +292,48 @@ void copyRunWide(Byte const* s, Byte* d, int n) {
         L::store(d + 96, e);
     }
     copyTailByVectors<W>(s, d, n);
+}
+
+// ---- the run copy of each generation
+
+enum class Mover {
+    alignedStores,  // 16-byte aligned stores, lddqu or split loads by the source's alignment
+    joined,         // aligned loads joined by byte alignment; streams whole lines
+    joinedTouched,  // the same, backward where the two addresses alias; streaming touches the
+                    // source of each block first
+    wide,           // 32-byte moves; streams whole lines
+};
+constexpr Mover runMovers[generationCount] = {Mover::alignedStores, Mover::joined,
+                                              Mover::joinedTouched, Mover::joinedTouched,
+                                              Mover::wide,          Mover::wide};
+constexpr Mover runMover = ofThisGeneration(runMovers);
+
+// One run copied by this generation's mover, through the cache or streamed past it; after
+// streamed runs the caller fences.
+inline void copyRun(Byte const* s, Byte* d, int n, bool streamed) {
+    if constexpr (runMover == Mover::alignedStores) {
+        copyRunAlignedStores(s, d, n, streamed);
+    } else if constexpr (runMover == Mover::wide) {
+        if (streamed) {
+            streamRun<32, 64>(s, d, n);
+        } else {
+            copyRunWide(s, d, n);
+        }
+    } else if constexpr (runMover == Mover::joined) {
+        if (streamed) {
+            streamRun<16, 64>(s, d, n);
+        } else {
+            copyRunJoined(s, d, n);
+        }
+    } else {
+        if (streamed) {
+            streamRunTouched(s, d, n);
+        } else if (isAligned(s, 16) && isAligned(d, 16) && aliasesForward(s, d)) {
+            copyRunBackward(s, d, n);
+        } else {
+            copyRunJoined(s, d, n);
+        }
+    }
 }
 
 }  // namespace
