@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <map>
+#include <string>
 #include <vector>
 
 namespace nuv::bench {
@@ -24,6 +25,66 @@ int selectedSlot() {
 std::vector<int> comparedSlots() {
     if (selectedSlot() == 0) return {0};
     return {0, selectedSlot()};
+}
+
+SlotScope::SlotScope(int slot) : _saved(ippJumpIndexForMergedLibs) {
+    ippJumpIndexForMergedLibs = static_cast<Ipp32u>(slot);
+}
+SlotScope::~SlotScope() {
+    ippJumpIndexForMergedLibs = _saved;
+}
+
+void registerAtSlots(std::string const& group, Body const& body) {
+    for (int slot : comparedSlots())
+        benchmark::RegisterBenchmark((group + "/slot " + std::to_string(slot)).c_str(),
+                                     [body, slot](benchmark::State& state) {
+                                         SlotScope scope(slot);
+                                         body(state);
+                                     })
+            ->UseRealTime();
+}
+
+void registerContender(std::string const& group, std::string const& name, Body const& body) {
+    benchmark::RegisterBenchmark((group + "/" + name).c_str(), body)->UseRealTime();
+}
+
+Frames::Frames(FrameSize size, Shape shape)
+    : src(size.height, size.width, shape.srcType),
+      dst(shape.turned ? size.width : size.height, shape.turned ? size.height : size.width,
+          shape.dstType, cv::Scalar::all(0)),
+      roi{size.width, size.height} {
+    cv::randu(src, cv::Scalar::all(0), cv::Scalar::all(256));
+    if (shape.sources > 1) {
+        src2.create(size.height, size.width, shape.srcType);
+        cv::randu(src2, cv::Scalar::all(0), cv::Scalar::all(256));
+    }
+    bytes = static_cast<std::int64_t>(src.total() * src.elemSize());
+    if (shape.countDestination) bytes += static_cast<std::int64_t>(dst.total() * dst.elemSize());
+}
+
+void registerPrimitive(std::string const& group, FrameSize size, Shape shape,
+                       PrimitiveCall const& primitive,
+                       std::vector<std::pair<std::string, OtherCall>> const& contenders) {
+    registerAtSlots(group, [=](benchmark::State& state) {
+        Frames frames(size, shape);
+        for (auto _ : state) {
+            if (primitive(frames) != ippStsNoErr) {
+                state.SkipWithError("the primitive refused the frame");
+                break;
+            }
+            benchmark::ClobberMemory();
+        }
+        state.SetBytesProcessed(state.iterations() * frames.bytes);
+    });
+    for (auto const& [name, call] : contenders)
+        registerContender(group, name, [=, call = call](benchmark::State& state) {
+            Frames frames(size, shape);
+            for (auto _ : state) {
+                call(frames);
+                benchmark::ClobberMemory();
+            }
+            state.SetBytesProcessed(state.iterations() * frames.bytes);
+        });
 }
 
 namespace {

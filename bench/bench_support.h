@@ -1,10 +1,18 @@
-// What every benchmark program shares: single-threaded OpenCV, the slot that ippInit
-// selects, and a summary of time ratios against a reference contender.
+// What every benchmark program shares: the frame sizes, random frames, slot switching, the
+// registration of an operation at slot 0 and at the slot that ippInit selects beside the
+// OpenCV calls that do the same job, and the summary of time ratios printed after the run.
+// Everything runs on one thread.
 #pragma once
 
-#include <benchmark/benchmark.h>
+#include <nuv/primitives.h>
 
+#include <benchmark/benchmark.h>
+#include <opencv2/core.hpp>
+
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nuv::bench {
@@ -26,6 +34,53 @@ int selectedSlot();
 // Slot 0 and the selected slot, once each.
 std::vector<int> comparedSlots();
 
+// Sets the dispatch index for its lifetime and restores the previous one.
+class SlotScope {
+public:
+    explicit SlotScope(int slot);
+    ~SlotScope();
+    SlotScope(SlotScope const&) = delete;
+    SlotScope& operator=(SlotScope const&) = delete;
+
+private:
+    Ipp32u _saved;
+};
+
+using Body = std::function<void(benchmark::State&)>;
+
+// Registers "<group>/slot <k>" for each compared slot, running `body` with the index at k.
+void registerAtSlots(std::string const& group, Body const& body);
+// Registers "<group>/<name>", a contender run as it is.
+void registerContender(std::string const& group, std::string const& name, Body const& body);
+
+// Random packed frames for one primitive call: one or two sources of srcType, a destination
+// of dstType (zeroed), turned for a transposition. `bytes` is what one call processes.
+struct Shape {
+    int srcType;
+    int dstType;
+    int sources = 1;
+    bool turned = false;
+    bool countDestination = false;  // bytes count the destination's as well as one source's
+};
+struct Frames {
+    Frames(FrameSize size, Shape shape);
+    int srcStep() const { return static_cast<int>(src.step); }
+    int src2Step() const { return static_cast<int>(src2.step); }
+    int dstStep() const { return static_cast<int>(dst.step); }
+    cv::Mat src, src2, dst;
+    IppiSize roi;
+    std::int64_t bytes;
+};
+
+using PrimitiveCall = std::function<IppStatus(Frames&)>;
+using OtherCall = std::function<void(Frames&)>;
+
+// One primitive on frames of `size` at the compared slots (a refused call stops the run with
+// an error), beside each named contender on frames of the same shape.
+void registerPrimitive(std::string const& group, FrameSize size, Shape shape,
+                       PrimitiveCall const& primitive,
+                       std::vector<std::pair<std::string, OtherCall>> const& contenders);
+
 // Runs the registered benchmarks and prints, per group, each contender's time relative to
 // the reference contender. A benchmark is named "<group>/<contender>", where the group holds
 // the operation and size ("ippiCopy_8u_C3R/640x480") and the contender says who ran it
@@ -34,7 +89,7 @@ int runAndSummarise(int argc, char** argv, std::string const& reference);
 
 }  // namespace nuv::bench
 
-#define NUV_BENCHMARK_MAIN(reference)                                  \
-    int main(int argc, char** argv) {                                  \
-        return nuv::bench::runAndSummarise(argc, argv, reference);     \
+#define NUV_BENCHMARK_MAIN(reference)                              \
+    int main(int argc, char** argv) {                              \
+        return nuv::bench::runAndSummarise(argc, argv, reference); \
     }

@@ -13,7 +13,7 @@
 
 namespace {
 
-using nuv::bench::FrameSize;
+using namespace nuv::bench;
 using nuv::core::image::Image;
 
 constexpr int marginX = 32, marginY = 16;
@@ -27,15 +27,12 @@ Image sourceFor(FrameSize const& size) {
     return image;
 }
 
-void copyRoiAtSlot(benchmark::State& state, FrameSize size, int slot) {
+void copyRoiCut(benchmark::State& state, FrameSize size) {
     const Image source = sourceFor(size);
-    const Ipp32u saved = ippJumpIndexForMergedLibs;
-    ippJumpIndexForMergedLibs = static_cast<Ipp32u>(slot);
     for (auto _ : state) {
         Image cut = nuv::cv::copyRoi(source);
         benchmark::DoNotOptimize(cut.constData());
     }
-    ippJumpIndexForMergedLibs = saved;
     state.SetBytesProcessed(state.iterations() * int64_t(size.width) * size.height * 3);
 }
 
@@ -52,14 +49,11 @@ void openCvRegionCopy(benchmark::State& state, FrameSize size) {
 }
 
 const bool registered = [] {
-    for (FrameSize size : {nuv::bench::frame640, nuv::bench::frame1080, nuv::bench::frame4096}) {
-        const std::string group = std::string("copyRoi/") + size.name + "/";
-        benchmark::RegisterBenchmark((group + "cv::Mat::copyTo").c_str(), openCvRegionCopy, size)
-            ->UseRealTime();
-        for (int slot : nuv::bench::comparedSlots())
-            benchmark::RegisterBenchmark((group + "slot " + std::to_string(slot)).c_str(),
-                                         copyRoiAtSlot, size, slot)
-                ->UseRealTime();
+    for (FrameSize size : {frame640, frame1080, frame4096}) {
+        const std::string group = std::string("copyRoi/") + size.name;
+        registerContender(group, "cv::Mat::copyTo",
+                          [size](benchmark::State& state) { openCvRegionCopy(state, size); });
+        registerAtSlots(group, [size](benchmark::State& state) { copyRoiCut(state, size); });
     }
     return true;
 }();
