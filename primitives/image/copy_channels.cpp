@@ -72,7 +72,6 @@ void ac4c3Pairs(Ipp8u const* src, Ipp8u* dst, Index n) {
     }
 }
 
-#if defined(__SSSE3__)
 // ---- 16 pixels a block, 128-bit shuffles -------------------------------------------------
 
 constexpr char Z = static_cast<char>(0x80);  // a shuffle index that yields a zero byte
@@ -97,102 +96,106 @@ using L16 = Lanes<16>;
 
 // Where the spread pattern has Z, keep the destination; elsewhere the shuffled gray byte
 // (which the shuffle leaves zero at the Z places).
-L16::V mergeChannel0(L16::V dst, L16::V spread, L16::V pattern) {
-    const L16::V keep = L16::lessSigned(pattern, L16::zero());
-    return L16::bitOr(L16::bitAnd(dst, keep), spread);
+template <class L = L16>
+typename L::V mergeChannel0(typename L::V dst, typename L::V spread, typename L::V pattern) {
+    const typename L::V keep = L::lessSigned(pattern, L::zero());
+    return L::bitOr(L::bitAnd(dst, keep), spread);
 }
 
+template <class L = L16>
 void c1c3Block16(Ipp8u const* src, Ipp8u* dst) {
-    const L16::V gray = L16::load(src);
-    const L16::V p0 = L16::constant(kSpread0), p1 = L16::constant(kSpread1),
-                 p2 = L16::constant(kSpread2);
+    const typename L::V gray = L::load(src);
+    const typename L::V p0 = L::constant(kSpread0), p1 = L::constant(kSpread1),
+                        p2 = L::constant(kSpread2);
     // Channels 1 and 2 are read and written back as they were: there is no byte-masked
     // store short of a slow non-temporal one.
-    L16::store(dst, mergeChannel0(L16::load(dst), L16::shuffle(gray, p0), p0));
-    L16::store(dst + 16, mergeChannel0(L16::load(dst + 16), L16::shuffle(gray, p1), p1));
-    L16::store(dst + 32, mergeChannel0(L16::load(dst + 32), L16::shuffle(gray, p2), p2));
+    L::store(dst, mergeChannel0<L>(L::load(dst), L::shuffle(gray, p0), p0));
+    L::store(dst + 16, mergeChannel0<L>(L::load(dst + 16), L::shuffle(gray, p1), p1));
+    L::store(dst + 32, mergeChannel0<L>(L::load(dst + 32), L::shuffle(gray, p2), p2));
 }
 
+template <class L = L16>
 void c3c1Block16(Ipp8u const* src, Ipp8u* dst) {
-    const L16::V a = L16::shuffle(L16::load(src), L16::constant(kGather0));
-    const L16::V b = L16::shuffle(L16::load(src + 16), L16::constant(kGather1));
-    const L16::V c = L16::shuffle(L16::load(src + 32), L16::constant(kGather2));
-    L16::store(dst, L16::bitOr(L16::bitOr(a, b), c));
+    const typename L::V a = L::shuffle(L::load(src), L::constant(kGather0));
+    const typename L::V b = L::shuffle(L::load(src + 16), L::constant(kGather1));
+    const typename L::V c = L::shuffle(L::load(src + 32), L::constant(kGather2));
+    L::store(dst, L::bitOr(L::bitOr(a, b), c));
 }
 
+template <class L = L16>
 void ac4c3Block16(Ipp8u const* src, Ipp8u* dst) {
-    const L16::V pack = L16::constant(kPack12);
-    const L16::V p0 = L16::shuffle(L16::load(src), pack);
-    const L16::V p1 = L16::shuffle(L16::load(src + 16), pack);
-    const L16::V p2 = L16::shuffle(L16::load(src + 32), pack);
-    const L16::V p3 = L16::shuffle(L16::load(src + 48), pack);
+    const typename L::V pack = L::constant(kPack12);
+    const typename L::V p0 = L::shuffle(L::load(src), pack);
+    const typename L::V p1 = L::shuffle(L::load(src + 16), pack);
+    const typename L::V p2 = L::shuffle(L::load(src + 32), pack);
+    const typename L::V p3 = L::shuffle(L::load(src + 48), pack);
     // Four runs of 12 bytes joined into three registers.
-    L16::store(dst, L16::bitOr(p0, L16::shiftBytesLeft<12>(p1)));
-    L16::store(dst + 16, L16::bitOr(L16::shiftBytesRight<4>(p1), L16::shiftBytesLeft<8>(p2)));
-    L16::store(dst + 32, L16::bitOr(L16::shiftBytesRight<8>(p2), L16::shiftBytesLeft<4>(p3)));
+    L::store(dst, L::bitOr(p0, L::template shiftBytesLeft<12>(p1)));
+    L::store(dst + 16,
+             L::bitOr(L::template shiftBytesRight<4>(p1), L::template shiftBytesLeft<8>(p2)));
+    L::store(dst + 32,
+             L::bitOr(L::template shiftBytesRight<8>(p2), L::template shiftBytesLeft<4>(p3)));
 }
-#endif
-
-#if defined(__AVX2__)
 // ---- 32 pixels a block, 256-bit shuffles (l9) ---------------------------------------------
 // The byte shuffle works within each 128-bit lane, so each block first lays its 16-byte
 // pieces into lanes such that one lane's shuffle pattern is the 128-bit one above.
 
-using L32 = Lanes<32>;
-
-L32::V lanes(char const (&low)[16], char const (&high)[16]) {
-    return L32::combine(L16::constant(low), L16::constant(high));
+template <class L, class H = L16>
+typename L::V lanes(char const (&low)[16], char const (&high)[16]) {
+    return L::combine(H::constant(low), H::constant(high));
 }
 
-L32::V mergeChannel0(L32::V dst, L32::V spread, L32::V pattern) {
-    return L32::select(pattern, spread, dst);  // the pattern's high bit marks "keep"
+template <class L>
+typename L::V mergeChannel0Wide(typename L::V dst, typename L::V spread, typename L::V pattern) {
+    return L::select(pattern, spread, dst);  // the pattern's high bit marks "keep"
 }
 
+template <class L = Lanes<32>, class H = L16>
 void c1c3Block32(Ipp8u const* src, Ipp8u* dst) {
     // 96 destination bytes in three registers. The first takes gray bytes 0..10, all in the
     // source's first 16 bytes; the second bytes 11..21, across the two halves; the third
     // bytes 22..31, all in the second 16.
-    const L16::V low = L16::load(src), high = L16::load(src + 16);
-    const L32::V first = L32::broadcast(low);
-    const L32::V both = L32::combine(low, high);
-    const L32::V second = L32::broadcast(high);
-    const L32::V p0 = lanes(kSpread0, kSpread1), p1 = lanes(kSpread2, kSpread0),
-                 p2 = lanes(kSpread1, kSpread2);
-    L32::store(dst, mergeChannel0(L32::load(dst), L32::shuffle(first, p0), p0));
-    L32::store(dst + 32, mergeChannel0(L32::load(dst + 32), L32::shuffle(both, p1), p1));
-    L32::store(dst + 64, mergeChannel0(L32::load(dst + 64), L32::shuffle(second, p2), p2));
+    const typename H::V low = H::load(src), high = H::load(src + 16);
+    const typename L::V first = L::broadcast(low);
+    const typename L::V both = L::combine(low, high);
+    const typename L::V second = L::broadcast(high);
+    const typename L::V p0 = lanes<L>(kSpread0, kSpread1), p1 = lanes<L>(kSpread2, kSpread0),
+                        p2 = lanes<L>(kSpread1, kSpread2);
+    L::store(dst, mergeChannel0Wide<L>(L::load(dst), L::shuffle(first, p0), p0));
+    L::store(dst + 32, mergeChannel0Wide<L>(L::load(dst + 32), L::shuffle(both, p1), p1));
+    L::store(dst + 64, mergeChannel0Wide<L>(L::load(dst + 64), L::shuffle(second, p2), p2));
 }
 
+template <class L = Lanes<32>, class H = L16>
 void c3c1Block32(Ipp8u const* src, Ipp8u* dst) {
     // Lane 0 gathers pixels 0..15 from bytes 0..47, lane 1 pixels 16..31 from bytes 48..95.
-    const L32::V in0 = L32::load(src), in1 = L32::load(src + 32), in2 = L32::load(src + 64);
-    const L32::V a = L32::joinHalves(in0, in1);   // bytes 0..15 | 48..63
-    const L32::V b = L32::crossHalves(in0, in2);  // bytes 16..31 | 64..79
-    const L32::V c = L32::joinHalves(in1, in2);   // bytes 32..47 | 80..95
-    const L32::V r = L32::bitOr(L32::bitOr(L32::shuffle(a, lanes(kGather0, kGather0)),
-                                           L32::shuffle(b, lanes(kGather1, kGather1))),
-                                L32::shuffle(c, lanes(kGather2, kGather2)));
-    L32::store(dst, r);
+    const typename L::V in0 = L::load(src), in1 = L::load(src + 32), in2 = L::load(src + 64);
+    const typename L::V a = L::joinHalves(in0, in1);   // bytes 0..15 | 48..63
+    const typename L::V b = L::crossHalves(in0, in2);  // bytes 16..31 | 64..79
+    const typename L::V c = L::joinHalves(in1, in2);   // bytes 32..47 | 80..95
+    const typename L::V r = L::bitOr(L::bitOr(L::shuffle(a, lanes<L>(kGather0, kGather0)),
+                                              L::shuffle(b, lanes<L>(kGather1, kGather1))),
+                                     L::shuffle(c, lanes<L>(kGather2, kGather2)));
+    L::store(dst, r);
 }
 
+template <class L = Lanes<32>, class H = L16>
 void ac4c3Block32(Ipp8u const* src, Ipp8u* dst) {
     // Each lane packs its four pixels into 12 bytes; the dword permutation then closes the
     // gap between the lanes, giving 24 bytes at the bottom of each register.
-    const L32::V pack = lanes(kPack12, kPack12);
-    const L32::V join = L32::dwords(0, 1, 2, 4, 5, 6, 3, 7);
-    L32::V q[4];
+    const typename L::V pack = lanes<L>(kPack12, kPack12);
+    const typename L::V join = L::dwords(0, 1, 2, 4, 5, 6, 3, 7);
+    typename L::V q[4];
     for (int k = 0; k < 4; ++k)
-        q[k] = L32::permuteDwords(L32::shuffle(L32::load(src + 32 * k), pack), join);
+        q[k] = L::permuteDwords(L::shuffle(L::load(src + 32 * k), pack), join);
     // Stores of 32 bytes 24 apart, each overwriting the last one's 8 spare bytes; the last
     // piece is stored as 16 and 8 so nothing past the block is written.
-    L32::store(dst, q[0]);
-    L32::store(dst + 24, q[1]);
-    L32::store(dst + 48, q[2]);
-    L16::store(dst + 72, L32::lowHalf(q[3]));
-    L16::storeLow(dst + 88, L32::highHalf(q[3]));
+    L::store(dst, q[0]);
+    L::store(dst + 24, q[1]);
+    L::store(dst + 48, q[2]);
+    H::store(dst + 72, L::lowHalf(q[3]));
+    H::storeLow(dst + 88, L::highHalf(q[3]));
 }
-#endif
-
 // A row of n pixels by blocks of B, the last block laid to end at the row's end; rows
 // shorter than a block go by pairs.
 template <int B, class Block, class Pairs>
@@ -207,39 +210,45 @@ void byBlocks(Ipp8u const* src, int srcPixel, Ipp8u* dst, int dstPixel, Index n,
     if (x < n) block(src + (n - B) * srcPixel, dst + (n - B) * dstPixel);
 }
 
-// ---- the row workers: one policy per generation -----------------------------------------
+// ---- the row workers
 
-void owniCopy_8u_C1C3R(Ipp8u const* src, Ipp8u* dst, Index n) {
-#if defined(__AVX2__)
-    if (n >= 32) return byBlocks<32>(src, 1, dst, 3, n, c1c3Block32, c1c3Pairs);
-#endif
-#if defined(__SSSE3__)
-    byBlocks<16>(src, 1, dst, 3, n, c1c3Block16, c1c3Pairs);
-#else
-    c1c3Pairs(src, dst, n);
-#endif
+// Pixels per vector block: m7 has no byte shuffle and goes by pairs; the SSSE3 generations
+// take 16 pixels a block in 16-byte registers, l9 32 in 32-byte ones (and 16 for a row
+// shorter than that).
+constexpr int channelBlockPixels[generationCount] = {0, 16, 16, 16, 16, 32};
+constexpr int blockPixels = ofThisGeneration(channelBlockPixels);
+
+template <int SrcPixel, int DstPixel, class Pairs, class Block16, class Block32>
+void channelRow(Ipp8u const* src, Ipp8u* dst, Index n, Pairs pairs, Block16 block16,
+                Block32 block32) {
+    if constexpr (blockPixels == 32) {
+        if (n >= 32) return byBlocks<32>(src, SrcPixel, dst, DstPixel, n, block32, pairs);
+    }
+    if constexpr (blockPixels >= 16) {
+        byBlocks<16>(src, SrcPixel, dst, DstPixel, n, block16, pairs);
+    } else {
+        pairs(src, dst, n);
+    }
 }
 
-void owniCopy_8u_C3C1R(Ipp8u const* src, Ipp8u* dst, Index n) {
-#if defined(__AVX2__)
-    if (n >= 32) return byBlocks<32>(src, 3, dst, 1, n, c3c1Block32, c3c1Pairs);
-#endif
-#if defined(__SSSE3__)
-    byBlocks<16>(src, 3, dst, 1, n, c3c1Block16, c3c1Pairs);
-#else
-    c3c1Pairs(src, dst, n);
-#endif
+// The blocks are named through generic lambdas, so that a generation without them never
+// instantiates them.
+void grayToChannel0Row(Ipp8u const* src, Ipp8u* dst, Index n) {
+    channelRow<1, 3>(
+        src, dst, n, c1c3Pairs, [](auto s, auto d) { c1c3Block16(s, d); },
+        [](auto s, auto d) { c1c3Block32(s, d); });
 }
 
-void owniCopy_8u_AC4C3R(Ipp8u const* src, Ipp8u* dst, Index n) {
-#if defined(__AVX2__)
-    if (n >= 32) return byBlocks<32>(src, 4, dst, 3, n, ac4c3Block32, ac4c3Pairs);
-#endif
-#if defined(__SSSE3__)
-    byBlocks<16>(src, 4, dst, 3, n, ac4c3Block16, ac4c3Pairs);
-#else
-    ac4c3Pairs(src, dst, n);
-#endif
+void channel0ToGrayRow(Ipp8u const* src, Ipp8u* dst, Index n) {
+    channelRow<3, 1>(
+        src, dst, n, c3c1Pairs, [](auto s, auto d) { c3c1Block16(s, d); },
+        [](auto s, auto d) { c3c1Block32(s, d); });
+}
+
+void fourToThreeRow(Ipp8u const* src, Ipp8u* dst, Index n) {
+    channelRow<4, 3>(
+        src, dst, n, ac4c3Pairs, [](auto s, auto d) { ac4c3Block16(s, d); },
+        [](auto s, auto d) { ac4c3Block32(s, d); });
 }
 
 // The checks of the copy family (pointers, then size; no step is tested, so zero and
@@ -259,17 +268,17 @@ IppStatus copyRows(Ipp8u const* pSrc, int srcStep, int srcPixel, Ipp8u* pDst, in
 
 IppStatus ippiCopy_8u_C1C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                             IppiSize roiSize) {
-    return copyRows(pSrc, srcStep, 1, pDst, dstStep, 3, roiSize, owniCopy_8u_C1C3R);
+    return copyRows(pSrc, srcStep, 1, pDst, dstStep, 3, roiSize, grayToChannel0Row);
 }
 
 IppStatus ippiCopy_8u_C3C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                             IppiSize roiSize) {
-    return copyRows(pSrc, srcStep, 3, pDst, dstStep, 1, roiSize, owniCopy_8u_C3C1R);
+    return copyRows(pSrc, srcStep, 3, pDst, dstStep, 1, roiSize, channel0ToGrayRow);
 }
 
 IppStatus ippiCopy_8u_AC4C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                              IppiSize roiSize) {
-    return copyRows(pSrc, srcStep, 4, pDst, dstStep, 3, roiSize, owniCopy_8u_AC4C3R);
+    return copyRows(pSrc, srcStep, 4, pDst, dstStep, 3, roiSize, fourToThreeRow);
 }
 
 }  // namespace nuv::prim::NUV_V
