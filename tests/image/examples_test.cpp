@@ -68,6 +68,18 @@ TEST(AddExamples, AboveNineFillsZerosWithoutReadingTheSources) {
     munmap(page, pageSize);
 }
 
+// The byte count of the 32-bit form is a 32-bit product: 0x40000001 words are 4 bytes, one
+// word cleared and nothing beyond; 0x40000000 words are none at all.
+TEST(ZeroExamples, WordByteCountWrapsInThirtyTwoBits) {
+    forEachSlot([](int slot) {
+        Ipp32s words[3] = {-1, -1, -1};
+        ASSERT_EQ(nuv::test::slotTable::ippsZero_32s[slot](words, 0x40000001), ippStsNoErr);
+        EXPECT_EQ(std::vector<Ipp32s>(words, words + 3), (std::vector<Ipp32s>{0, -1, -1}));
+        ASSERT_EQ(nuv::test::slotTable::ippsZero_32s[slot](words + 1, 0x40000000), ippStsNoErr);
+        EXPECT_EQ(words[1], -1);
+    });
+}
+
 TEST(GeometryExamples, SmallPicturesMoveAsDrawn) {
     forEachSlot([](int) {
         const Ipp8u gray[4] = {1, 2, 3, 4};

@@ -3,6 +3,7 @@
 #include "support/bodies.h"
 #include "support/sweep.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace {
@@ -65,6 +66,14 @@ IppStatus fourToThree(ModelInput const& in, Bytes& out) {
     return ippStsNoErr;
 }
 
+// The vector forms clear `width` elements from the first byte: the first row of the region.
+template <int ElementBytes>
+IppStatus zeroModel(ModelInput const& in, Bytes& out) {
+    out = in.dstBefore;
+    std::fill(out.begin(), out.begin() + ElementBytes * in.size.width, 0);
+    return ippStsNoErr;
+}
+
 IppStatus fillModel(ModelInput const& in, Bytes& out) {
     out.assign(in.dstBefore.size(), static_cast<std::uint8_t>(in.arg));
     return ippStsNoErr;
@@ -109,6 +118,10 @@ auto const mirrorCopy = [](auto f, Call const& c) {
 };
 auto const mirrorInPlace = [](auto f, Call const& c) { return f(c.dst, c.dstStep, c.size, c.arg); };
 auto const inPlace = [](auto f, Call const& c) { return f(c.dst, c.dstStep, c.size); };
+auto const zero8u = [](auto f, Call const& c) { return f(c.dst, c.size.width); };
+auto const zero32s = [](auto f, Call const& c) {
+    return f(reinterpret_cast<Ipp32s*>(c.dst), c.size.width);
+};
 auto const binary = [](auto f, Call const& c) {
     return f(c.src1, c.src1Step, c.src2, c.src2Step, c.dst, c.dstStep, c.size, c.arg);
 };
@@ -131,6 +144,10 @@ std::vector<SweepCase> const& cases() {
         {NUV_CASE(ippiCopy_8u_AC4C3R), unary), 1, 4, 3, false, false, {0}, fourToThree, {}},
         {NUV_CASE(ippiSet_8u_C1R), fill), 0, 1, 1, false, false, {0, 0x5A, 255}, fillModel,
          {large1}},
+        {NUV_CASE(ippsZero_8u), zero8u), 0, 1, 1, false, false, {0}, zeroModel<1>,
+         {{2200000, 1}}},
+        {NUV_CASE(ippsZero_32s), zero32s), 0, 4, 4, false, false, {0}, zeroModel<4>,
+         {{600000, 1}}},
         {NUV_CASE(ippiAdd_8u_C1RSfs), binary), 2, 1, 1, false, false, factors, addModel, {}},
         {NUV_CASE(ippiAdd_8u_C3RSfs), binary), 2, 3, 3, false, false, factors, addModel, {}},
         {NUV_CASE(ippiMirror_8u_C1R), mirrorCopy), 1, 1, 1, false, false, flips,
@@ -190,6 +207,10 @@ std::vector<Refusal> const onePointerThenSize = {{false, true, {8, 4}, 0, null},
                                                  {false, false, {0, 4}, 0, size},
                                                  {false, false, {8, 0}, 0, size},
                                                  {false, false, {-3, -4}, 0, size}};
+// A length below 1 is refused after the pointer.
+std::vector<Refusal> const lengthAfterPointer = {{false, true, {0, 1}, 0, null},
+                                                 {false, false, {0, 1}, 0, size},
+                                                 {false, false, {-7, 1}, 0, size}};
 // The three-channel addition refuses a width below 1 before it looks at a pointer.
 std::vector<Refusal> const widthFirst = {{true, true, {0, 4}, 0, size},
                                          {true, false, {-2, 4}, 9, size},
@@ -220,6 +241,7 @@ TEST_P(ImageSweep, RefusedCallsWriteNothing) {
         {"ippiCopy_8u_C1R", &pointersThenSize},      {"ippiCopy_8u_C3R", &pointersThenSize},
         {"ippiCopy_8u_C1C3R", &pointersThenSize},    {"ippiCopy_8u_C3C1R", &pointersThenSize},
         {"ippiCopy_8u_AC4C3R", &pointersThenSize},   {"ippiSet_8u_C1R", &onePointerThenSize},
+        {"ippsZero_8u", &lengthAfterPointer},        {"ippsZero_32s", &lengthAfterPointer},
         {"ippiAdd_8u_C1RSfs", &pointersThenSize},    {"ippiAdd_8u_C3RSfs", &widthFirst},
         {"ippiMirror_8u_C1R", &mirrorOrder},         {"ippiMirror_8u_C3R", &mirrorOrder},
         {"ippiMirror_8u_C1IR", &mirrorInPlaceOrder}, {"ippiMirror_8u_C3IR", &mirrorInPlaceOrder},
