@@ -51,26 +51,27 @@ double doubleFromBits(std::uint64_t bits) {
     return value;
 }
 
-TEST_F(FpuControlTest, X87ControlWordRoundTrip) {
+// Round trips, the rounding and precision fields (arguments cut to them), selected bits,
+// and rounding that takes effect.
+TEST_F(FpuControlTest, X87ControlWord) {
     const unsigned int original = ps_get_cw_fpu();
     for (unsigned int cw : {0x27Fu, 0xF7Fu, 0x07Fu, 0x37Fu}) {
-        SCOPED_TRACE(cw);
         ps_set_cw_fpu(cw);
         EXPECT_EQ(ps_get_cw_fpu(), cw);
     }
     EXPECT_EQ(ipp_set_cw_fpu(0x27F), 0x37Fu);
     EXPECT_EQ(ipp_set_cw_fpu(original), 0x27Fu);
-    EXPECT_EQ(ps_get_cw_fpu(), original);
-}
-
-TEST_F(FpuControlTest, X87RoundingAndPrecision) {
+    ps_set_cw_fpu(0x37F);
+    const unsigned int steps[][3] = {
+        {0xFFFF, 0, 0x37F}, {0xC00, 0xC00, 0xF7F}, {0x000, 0x300, 0xC7F}};
+    for (auto const& [value, mask, after] : steps) {
+        EXPECT_EQ(ipp_control87(value, mask), after);  // the word as it now stands
+        EXPECT_EQ(ps_get_cw_fpu(), after);
+    }
     ps_set_cw_fpu(0x37F);
     EXPECT_EQ(ipp_set_rcpc_fpu(3, 2), 0x37Fu);
-    EXPECT_EQ(ps_get_cw_fpu(), 0xE7Fu);
-    // Only the two fields change, and oversized arguments are cut to them.
     EXPECT_EQ(ipp_set_rcpc_fpu(0x5, 0x7), 0xE7Fu);
     EXPECT_EQ(ps_get_cw_fpu(), 0x77Fu);
-
     volatile long double one = 1.0L, three = 3.0L;
     ipp_set_rcpc_fpu(1, 3);  // down, extended
     const long double down = one / three;
@@ -80,80 +81,58 @@ TEST_F(FpuControlTest, X87RoundingAndPrecision) {
     EXPECT_LT(down, up);
 }
 
-TEST_F(FpuControlTest, Control87SetsSelectedBitsOnly) {
-    ps_set_cw_fpu(0x37F);
-    EXPECT_EQ(ipp_control87(0xFFFF, 0), 0x37Fu);  // mask 0 reads
-    EXPECT_EQ(ps_get_cw_fpu(), 0x37Fu);
-    EXPECT_EQ(ipp_control87(0xC00, 0xC00), 0xF7Fu);
-    EXPECT_EQ(ps_get_cw_fpu(), 0xF7Fu);
-    EXPECT_EQ(ipp_control87(0x000, 0x300), 0xC7Fu);
-    EXPECT_EQ(ps_get_cw_fpu(), 0xC7Fu);
-}
-
-TEST_F(FpuControlTest, X87FlagsRaisedAndCleared) {
-    ps_clear_fpu();
-    EXPECT_EQ(ps_get_sw_fpu() & x87Flags, 0u);
-    raiseX87Invalid();
-    EXPECT_EQ(ps_get_sw_fpu() & x87Invalid, x87Invalid);
-    EXPECT_EQ(ipp_status87() & x87Invalid, x87Invalid);
+// Flags raised and cleared; no setter faults when it unmasks a pending flag.
+TEST_F(FpuControlTest, X87Flags) {
     ps_clear_fpu();
     EXPECT_EQ(ipp_status87() & x87Flags, 0u);
-
     raiseX87Invalid();
-    // The status as it was comes back, and the flags are gone after.
+    EXPECT_EQ(ps_get_sw_fpu() & x87Invalid, x87Invalid);
     EXPECT_EQ(ipp_clear87() & x87Invalid, x87Invalid);
     EXPECT_EQ(ps_get_sw_fpu() & x87Flags, 0u);
-}
-
-TEST_F(FpuControlTest, UnmaskingAPendingFlagDoesNotFault) {
     const unsigned int masked = ps_get_cw_fpu() | x87Flags;
-    // Each setter, with the invalid flag pending and the new word unmasking it.
-    raiseX87Invalid();
-    ps_set_cw_fpu(masked & ~x87Invalid);
-    touchX87();
-    EXPECT_EQ(ps_get_sw_fpu() & x87Flags, 0u);
-    ps_set_cw_fpu(masked);
-
-    raiseX87Invalid();
-    ipp_set_cw_fpu(masked & ~x87Invalid);
-    touchX87();
-    ps_set_cw_fpu(masked);
-
-    raiseX87Invalid();
-    ipp_control87(0, x87Invalid);
-    touchX87();
-    ps_set_cw_fpu(masked);
-
-    raiseX87Invalid();
-    ps_set_cw_fpu(masked & ~x87Invalid);
-    ipp_set_rcpc_fpu(0, 3);
-    touchX87();
-    EXPECT_EQ(ps_get_sw_fpu() & x87Flags, 0u);
+    const unsigned int unmasked = masked & ~x87Invalid;
+    void (*const setters[])(unsigned int) = {[](unsigned int cw) { ps_set_cw_fpu(cw); },
+                                             [](unsigned int cw) { ipp_set_cw_fpu(cw); },
+                                             [](unsigned int) { ipp_control87(0, x87Invalid); },
+                                             [](unsigned int cw) {
+                                                 ps_set_cw_fpu(cw);
+                                                 ipp_set_rcpc_fpu(0, 3);
+                                             }};
+    for (auto set : setters) {
+        ps_set_cw_fpu(masked);
+        raiseX87Invalid();
+        set(unmasked);
+        touchX87();
+        EXPECT_EQ(ps_get_sw_fpu() & x87Flags, 0u);
+    }
     ps_set_cw_fpu(masked);
 }
 
-TEST_F(FpuControlTest, MxcsrRoundTrip) {
+TEST_F(FpuControlTest, Mxcsr) {
     const unsigned int original = ps_get_ssx();
-    ps_set_ssx(0x1F80 | 0x6000);
+    ps_set_ssx(0x7F80);
     EXPECT_EQ(ps_get_ssx(), 0x7F80u);
-    ps_set_ssx(0x1F80);
-    EXPECT_EQ(ps_get_ssx(), 0x1F80u);
     ps_set_ssx(original);
     EXPECT_EQ(ps_get_ssx(), original);
-}
-
-TEST_F(FpuControlTest, SseRounding) {
     ps_set_ssx(0x1F80);
-    for (unsigned int rc = 0; rc < 4; ++rc) {
-        SCOPED_TRACE(rc);
+    for (unsigned int rc : {0u, 1u, 2u, 3u, 5u}) {  // cut to two bits
         const unsigned int before = ps_get_ssx();
         EXPECT_EQ(ipp_set_rc_ssx(rc), before);
-        EXPECT_EQ(ps_get_ssx(), 0x1F80u | (rc << 13));
+        EXPECT_EQ(ps_get_ssx(), 0x1F80u | ((rc & 3) << 13));
     }
-    ipp_set_rc_ssx(4 | 1);  // cut to two bits
-    EXPECT_EQ(ps_get_ssx(), 0x1F80u | (1u << 13));
-
-    volatile double one = 1.0, three = 3.0;
+    ps_set_ssx(0x1F80);
+    // Bits outside the mask stay, whatever the value says.
+    EXPECT_EQ(ipp_set_cw_ssx(0x8000, 0x8000), 0x1F80u);
+    EXPECT_EQ(ipp_set_cw_ssx(0xFFFFFFFF, 0x6000), 0x9F80u);
+    EXPECT_EQ(ipp_set_cw_ssx(0x0000, 0x8000), 0xFF80u);
+    EXPECT_EQ(ps_get_ssx(), 0x7F80u);
+    ps_set_ssx(0x1F80);
+    volatile double zero = 0.0, one = 1.0, three = 3.0;
+    volatile double infinite = one / zero;
+    (void)infinite;
+    EXPECT_EQ(ps_get_ssx() & sseZeroDivide, sseZeroDivide);
+    ipp_clear_ssx();
+    EXPECT_EQ(ps_get_ssx(), 0x1F80u);  // flags go, masks stay
     ipp_set_rc_ssx(1);
     const double down = one / three;
     ipp_set_rc_ssx(2);
@@ -162,58 +141,26 @@ TEST_F(FpuControlTest, SseRounding) {
     EXPECT_LT(down, up);
 }
 
-TEST_F(FpuControlTest, SseSelectedBits) {
-    ps_set_ssx(0x1F80);
-    EXPECT_EQ(ipp_set_cw_ssx(0x8000, 0x8000), 0x1F80u);
-    EXPECT_EQ(ps_get_ssx(), 0x9F80u);
-    EXPECT_EQ(ipp_set_cw_ssx(0x0000, 0x8000), 0x9F80u);
-    EXPECT_EQ(ps_get_ssx(), 0x1F80u);
-    // Bits outside the mask stay, whatever the value says.
-    EXPECT_EQ(ipp_set_cw_ssx(0xFFFFFFFF, 0x6000), 0x1F80u);
-    EXPECT_EQ(ps_get_ssx(), 0x7F80u);
-}
-
-TEST_F(FpuControlTest, SseFlagsCleared) {
-    ps_set_ssx(0x1F80);
-    volatile double zero = 0.0, one = 1.0;
-    volatile double infinite = one / zero;
-    (void)infinite;
-    EXPECT_EQ(ps_get_ssx() & sseZeroDivide, sseZeroDivide);
-    ipp_clear_ssx();
-    // Flags go, masks stay.
-    EXPECT_EQ(ps_get_ssx(), 0x1F80u);
-}
-
-TEST_F(FpuControlTest, ReservedBitsNeverLoaded) {
+// Every architectural bit but denormals-are-zero is accepted everywhere; that one and the
+// bits above 15 only where the processor says so, and then denormals read as zero.
+TEST_F(FpuControlTest, ReservedBitsAndDenormals) {
     const int daz = ipp_tst_daz_ssx();
     EXPECT_TRUE(daz == 0 || daz == 1);
     ps_set_ssx(0xFFFFFFFF);
     const unsigned int all = ps_get_ssx();
     ipp_set_cw_ssx(0xFFFF0000, 0xFFFF0000);
-    const unsigned int afterHigh = ps_get_ssx();
+    EXPECT_EQ(ps_get_ssx(), all);
     restore();
-    // Every architectural bit but denormals-are-zero is accepted everywhere; that one and
-    // the bits above 15 (some processors have one there) only where the processor says so.
     EXPECT_EQ(all & 0xFFBFu, 0xFFBFu);
     EXPECT_EQ((all & 0x40u) != 0, daz == 1);
-    EXPECT_EQ(afterHigh, all);
-}
-
-TEST_F(FpuControlTest, DenormalsAreZeroWhereAccepted) {
     ps_set_ssx(0x1F80);
-    volatile double tiny = 1e-310;  // a denormal
-    volatile double zero = 0.0;
+    volatile double tiny = 1e-310, zero = 0.0;
     ipp_set_cw_ssx(0x40, 0x40);
     const unsigned int mxcsr = ps_get_ssx();
     const double sum = tiny + zero;
     restore();
-    if (ipp_tst_daz_ssx()) {
-        EXPECT_EQ(mxcsr & 0x40u, 0x40u);
-        EXPECT_EQ(sum, 0.0);
-    } else {
-        EXPECT_EQ(mxcsr & 0x40u, 0u);
-        EXPECT_EQ(sum, 1e-310);
-    }
+    EXPECT_EQ(mxcsr & 0x40u, daz ? 0x40u : 0u);
+    EXPECT_EQ(sum, daz ? 0.0 : 1e-310);
 }
 
 TEST_F(FpuControlTest, Classification) {
