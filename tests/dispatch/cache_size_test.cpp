@@ -5,6 +5,7 @@
 #include "primitives/dispatch/dispatch_state.h"
 
 #include <functional>
+#include <vector>
 
 namespace nuv::test {
 namespace {
@@ -20,20 +21,37 @@ CpuRegs level(Ipp32u type, Ipp32u ways, Ipp32u partitions, Ipp32u line, Ipp32u s
             0};
 }
 
-FakeProcessor intel(Ipp32u maxLeaf, std::vector<CpuRegs> leaf4 = {}, CpuRegs leaf2 = {}) {
+FakeProcessor intel(Ipp32u maxLeaf, std::vector<CpuRegs> levels, CpuRegs leaf2) {
     FakeProcessor cpu;
     cpu.vendor("GenuineIntel", maxLeaf).answer(2, leaf2);
-    for (Ipp32u s = 0; s < leaf4.size(); ++s) cpu.answer(4, s, leaf4[s]);
+    for (Ipp32u s = 0; s < levels.size(); ++s) cpu.answer(4, s, levels[s]);
     return cpu;
+}
+
+using Maker = std::function<FakeProcessor()>;
+// Processors with the highest leaf and leaf-4 levels, or with leaf-2 descriptors only.
+Maker leaf4(Ipp32u maxLeaf, std::vector<CpuRegs> levels, CpuRegs leaf2 = {}) {
+    return [=] { return intel(maxLeaf, levels, leaf2); };
+}
+Maker leaf2(CpuRegs regs, Ipp32u maxLeaf = 2) {
+    return leaf4(maxLeaf, {}, regs);
 }
 
 struct CacheCase {
     char const* name;
-    std::function<FakeProcessor()> cpu;
+    Maker cpu;
     IppStatus status;
     int size;
     int leaf2Calls, leaf4Calls;  // -1: not counted
 };
+
+const CpuRegs data32K = level(1, 8, 1, 64, 64), negative = level(1, 1024, 1024, 2048, 1);
+// Forty levels growing by 64 bytes: only sub-leaves 0..31 are asked.
+std::vector<CpuRegs> growing() {
+    std::vector<CpuRegs> levels;
+    for (Ipp32u s = 0; s < 40; ++s) levels.push_back(level(1, 1, 1, 64, s + 1));
+    return levels;
+}
 
 CacheCase const cases[] = {
     {"Haswell", processors::haswell, ok, 8 * MiB, 0, 5},
@@ -41,109 +59,38 @@ CacheCase const cases[] = {
     {"PrescottLeaf5", processors::prescott, ok, 1 * MiB, 0, -1},
     {"NorthwoodByDescriptor", processors::northwood, ok, 512 * KiB, -1, 0},
     {"OtherVendor", processors::amdZen2, noCpu, 0, 0, 0},
-    // Instruction caches are skipped; type 0 ends the list; a type above 3 counts.
+    // Instruction caches are skipped, a type above 3 counts, type 0 ends the list.
     {"Leaf4Levels",
-     [] {
-         return intel(4, {level(1, 8, 1, 64, 64),
-                          level(2, 16, 1, 64, 16384),
-                          level(4, 4, 2, 64, 512),
-                          {0x100, ~0u, 0xFF, 0},
-                          level(3, 16, 1, 64, 65536)});
-     },
+     leaf4(4, {data32K,
+               level(2, 16, 1, 64, 16384),
+               level(4, 4, 2, 64, 512),
+               {0x100, ~0u, 0xFF, 0},
+               level(3, 16, 1, 64, 65536)}),
      ok, 4 * 2 * 64 * 512, 0, 4},
-    // Sub-leaves 0..31 only.
-    {"Leaf4ThirtyTwoSubleaves",
-     [] {
-         std::vector<CpuRegs> levels;
-         for (Ipp32u s = 0; s < 40; ++s) levels.push_back(level(1, 1, 1, 64, s + 1));
-         return intel(4, levels);
-     },
-     ok, 64 * 32, 0, 32},
+    {"Leaf4ThirtyTwoSubleaves", leaf4(4, growing()), ok, 64 * 32, 0, 32},
     // 2^31 is negative as a signed product and never wins; 2^32 wraps to 0.
-    {"Leaf4SignedProducts",
-     [] {
-         return intel(4, {level(1, 1024, 1024, 2048, 1), level(1, 8, 1, 64, 64)});
-     },
-     ok, 32 * KiB, 0, -1},
-    {"Leaf4NegativeAlone", [] { return intel(4, {level(1, 1024, 1024, 2048, 1)}); }, unknown, 0, 0,
-     -1},
-    {"Leaf4WrapsToZero", [] { return intel(4, {level(1, 1024, 1024, 4096, 1)}); }, unknown, 0, 0,
-     -1},
+    {"Leaf4SignedProducts", leaf4(4, {negative, data32K}), ok, 32 * KiB, 0, -1},
+    {"Leaf4NegativeAlone", leaf4(4, {negative}), unknown, 0, 0, -1},
+    {"Leaf4WrapsToZero", leaf4(4, {level(1, 1024, 1024, 4096, 1)}), unknown, 0, 0, -1},
     // Leaf 4 is the method where it exists, even without levels.
-    {"Leaf4Empty",
-     [] {
-         return intel(4, {}, {1, 0, 0, 0x4D});
-     },
-     unknown, 0, 0, -1},
-    {"Leaf4InstructionOnly", [] { return intel(4, {level(2, 8, 1, 64, 64)}); }, unknown, 0, 0, -1},
-    // Below leaf 4, descriptors; the table's order decides, not the registers'.
-    {"Leaf2BelowLeaf4",
-     [] {
-         return intel(3, {level(1, 16, 1, 64, 65536)}, {1, 0, 0, 0x43});
-     },
-     ok, 512 * KiB, 1, 0},
-    {"Leaf2TableOrder",
-     [] {
-         return intel(2, {}, {0x00224301, 0, 0, 0x4D000000});
-     },
-     ok, 16 * MiB, 1, 0},
-    {"Leaf2SmallestRow",
-     [] {
-         return intel(2, {}, {1, 0, 0, 0x41});
-     },
-     ok, 128 * KiB, 1, 0},
-    {"Leaf2LargestRow",
-     [] {
-         return intel(2, {}, {1, 0x0000EC00, 0, 0});
-     },
-     ok, 24 * MiB, 1, 0},
-    // Registers with bit 31 hold no descriptors; EAX's low byte is the round count and its
-    // upper bytes are descriptors, even with bit 31 set there.
-    {"Leaf2Bit31Registers",
-     [] {
-         return intel(2, {}, {1, 0x800000EC, 0x80EB0000, 0x43});
-     },
-     ok, 512 * KiB, 1, 0},
-    {"Leaf2Bit31InEax",
-     [] {
-         return intel(2, {}, {0x80EC0001, 0x0000434D, 0, 0});
-     },
-     ok, 512 * KiB, 1, 0},
-    {"Leaf2EaxUpperBytes",
-     [] {
-         return intel(2, {}, {0x3B000001, 0, 0, 0});
-     },
-     ok, 128 * KiB, 1, 0},
-    {"Leaf2TopByteAbove0x80",
-     [] {
-         return intel(2, {}, {1, 0, 0, 0xEC000000});
-     },
-     unknown, 0, 1, 0},
-    {"Leaf2TwoRounds",
-     [] {
-         return intel(2, {}, {0x4D000002, 0x43, 0, 0});
-     },
-     unknown, 0, 1, 0},
-    {"Leaf2NoRound",
-     [] {
-         return intel(2, {}, {0x4D000000, 0x43, 0, 0});
-     },
-     unknown, 0, 1, 0},
-    {"Leaf2UnknownDescriptors",
-     [] {
-         return intel(2, {}, {0x665B5001, 0, 0, 0x7040});
-     },
-     unknown, 0, 1, 0},
-    {"HighestLeafOne",
-     [] {
-         return intel(1, {}, {1, 0, 0, 0x43});
-     },
-     noCpu, 0, 0, 0},
-    {"HighestLeafZero",
-     [] {
-         return intel(0, {}, {1, 0, 0, 0x43});
-     },
-     noCpu, 0, 0, 0},
+    {"Leaf4Empty", leaf4(4, {}, {1, 0, 0, 0x4D}), unknown, 0, 0, -1},
+    {"Leaf4InstructionOnly", leaf4(4, {level(2, 8, 1, 64, 64)}), unknown, 0, 0, -1},
+    // Below leaf 4, descriptors; the table's order decides, not the registers'. Registers
+    // with bit 31 hold none; EAX's low byte is the round count and its upper bytes are
+    // descriptors, even with bit 31 set there.
+    {"Leaf2BelowLeaf4", leaf4(3, {level(1, 16, 1, 64, 65536)}, {1, 0, 0, 0x43}), ok, 512 * KiB, 1,
+     0},
+    {"Leaf2TableOrder", leaf2({0x00224301, 0, 0, 0x4D000000}), ok, 16 * MiB, 1, 0},
+    {"Leaf2SmallestRow", leaf2({1, 0, 0, 0x41}), ok, 128 * KiB, 1, 0},
+    {"Leaf2LargestRow", leaf2({1, 0x0000EC00, 0, 0}), ok, 24 * MiB, 1, 0},
+    {"Leaf2Bit31Registers", leaf2({1, 0x800000EC, 0x80EB0000, 0x43}), ok, 512 * KiB, 1, 0},
+    {"Leaf2Bit31InEax", leaf2({0x80EC0001, 0x0000434D, 0, 0}), ok, 512 * KiB, 1, 0},
+    {"Leaf2EaxUpperBytes", leaf2({0x3B000001, 0, 0, 0}), ok, 128 * KiB, 1, 0},
+    {"Leaf2TopByteAbove0x80", leaf2({1, 0, 0, 0xEC000000}), unknown, 0, 1, 0},
+    {"Leaf2TwoRounds", leaf2({0x4D000002, 0x43, 0, 0}), unknown, 0, 1, 0},
+    {"Leaf2NoRound", leaf2({0x4D000000, 0x43, 0, 0}), unknown, 0, 1, 0},
+    {"Leaf2UnknownDescriptors", leaf2({0x665B5001, 0, 0, 0x7040}), unknown, 0, 1, 0},
+    {"HighestLeafOne", leaf2({1, 0, 0, 0x43}, 1), noCpu, 0, 0, 0},
 };
 
 class CacheSize : public DispatchTest, public ::testing::WithParamInterface<CacheCase> {};

@@ -28,17 +28,28 @@ void expectSelection(Selection const& expected) {
     EXPECT_EQ(detected, expected.detected);
 }
 
-// A recorded processor with leaf-1 ECX and leaf-7 EBX bits taken away or added.
-FakeProcessor edited(FakeProcessor cpu, Ipp32u ecxOff, Ipp32u leaf7Off, Ipp32u ecxOn = 0) {
-    CpuRegs leaf1 = cpu.query(1, 0), leaf7 = cpu.query(7, 0);
-    leaf1.ecx = (leaf1.ecx & ~ecxOff) | ecxOn;
-    leaf7.ebx &= ~leaf7Off;
-    return cpu.answer(1, leaf1).answer(7, 0, leaf7);
+using Maker = std::function<FakeProcessor()>;
+// A recorded processor with leaf-1 ECX and leaf-7 EBX bits taken away or added, with another
+// control register, or with an extra answer.
+Maker edit(Maker base, Ipp32u ecxOff, Ipp32u leaf7Off, Ipp32u ecxOn = 0) {
+    return [=] {
+        FakeProcessor cpu = base();
+        CpuRegs leaf1 = cpu.query(1, 0), leaf7 = cpu.query(7, 0);
+        leaf1.ecx = (leaf1.ecx & ~ecxOff) | ecxOn;
+        leaf7.ebx &= ~leaf7Off;
+        return cpu.answer(1, leaf1).answer(7, 0, leaf7);
+    };
+}
+Maker withXcr0(Maker base, Ipp64u xcr0) {
+    return [=] { return base().xcr0(xcr0); };
+}
+Maker with(Maker base, Ipp32u leaf, CpuRegs regs) {
+    return [=] { return base().answer(leaf, regs); };
 }
 
 struct DetectionCase {
     char const* name;
-    std::function<FakeProcessor()> processor;
+    Maker processor;
     Selection expected;
     IppStatus status;
 };
@@ -46,80 +57,48 @@ struct DetectionCase {
 using namespace processors;
 constexpr Ipp32u fma = 1u << 12, osxsave = 1u << 27, movbe = 1u << 22;
 constexpr Ipp32u bmi1 = 1u << 3, avx2 = 1u << 5, bmi2 = 1u << 8;
+constexpr IppStatus ok = ippStsNoErr;
+const Selection avxSlot{5, 0, 0x6FDF, 0x6FFF}, sse41Slot{4, 0, 0xCDF, 0x6DDF};
 
 DetectionCase const detectionCases[] = {
-    {"Haswell", haswell, {6, 0, 0xEFFF, 0xEFFF}, ippStsNoErr},
-    {"IvyBridge", ivyBridge, {5, 0, 0x6FDF, 0x6FDF}, ippStsNoErr},
-    {"Westmere", westmere, {4, 0, 0xCDF, 0xCDF}, ippStsNoErr},
-    // Slot 4 keeps neither MOVBE nor RDRAND.
-    {"Silvermont", silvermont, {4, 0, 0xCDF, 0x2CFF}, ippStsNoErr},
-    {"Penryn", penryn, {4, 0, 0x5F, 0x5F}, ippStsNoErr},
-    {"Core2Merom", core2Merom, {2, 0, 0x1F, 0x1F}, ippStsNoErr},
-    {"AtomBonnell", atomBonnell, {3, 1, 0x3F, 0x3F}, ippStsNoErr},
-    {"Prescott", prescott, {1, 0, 0xF, 0xF}, ippStsNoErr},
+    {"Haswell", haswell, {6, 0, 0xEFFF, 0xEFFF}, ok},
+    {"IvyBridge", ivyBridge, {5, 0, 0x6FDF, 0x6FDF}, ok},
+    {"Westmere", westmere, {4, 0, 0xCDF, 0xCDF}, ok},
+    {"Silvermont", silvermont, {4, 0, 0xCDF, 0x2CFF}, ok},  // slot 4 keeps no MOVBE, RDRAND
+    {"Penryn", penryn, {4, 0, 0x5F, 0x5F}, ok},
+    {"Core2Merom", core2Merom, {2, 0, 0x1F, 0x1F}, ok},
+    {"AtomBonnell", atomBonnell, {3, 1, 0x3F, 0x3F}, ok},
+    {"Prescott", prescott, {1, 0, 0xF, 0xF}, ok},
     {"Northwood", northwood, {0, 0, 7, 7}, ippStsNoCpuFeaturesWrn},
     // Another vendor is selected as usual and told; that warning wins over the one of a
     // processor below the lowest variant.
     {"AmdZen2", amdZen2, {6, 0, 0xEFFF, 0xEFFF}, ippStsNonGenuineCpuWrn},
     {"AmdWithoutSse3",
-     [] {
-         return amdZen2().answer(1, {0xF48, 0, 0, 0x078BFBFF});
-     },
+     with(amdZen2, 1, {0xF48, 0, 0, 0x078BFBFF}),
      {0, 0, 7, 7},
      ippStsNonGenuineCpuWrn},
     // AVX2 counts only complete; slot 5's mask drops MOVBE.
-    {"HaswellWithoutBmi2",
-     [] { return edited(haswell(), 0, bmi2); },
-     {5, 0, 0x6FDF, 0x6FFF},
-     ippStsNoErr},
-    {"HaswellWithoutBmi1",
-     [] { return edited(haswell(), 0, bmi1); },
-     {5, 0, 0x6FDF, 0x6FFF},
-     ippStsNoErr},
-    {"HaswellWithoutAvx2",
-     [] { return edited(haswell(), 0, avx2); },
-     {5, 0, 0x6FDF, 0x6FFF},
-     ippStsNoErr},
-    {"HaswellWithoutFma",
-     [] { return edited(haswell(), fma, 0); },
-     {5, 0, 0x6FDF, 0x6FFF},
-     ippStsNoErr},
-    // AVX in the processor but not saved by the system: the SSE4.1 slot; the detected word
-    // keeps AVX2, only the mask leaves it out.
-    {"IvyBridgeXcr0Sse", [] { return ivyBridge().xcr0(3); }, {4, 0, 0xCDF, 0x6DDF}, ippStsNoErr},
-    {"IvyBridgeXcr0YmmOnly",
-     [] { return ivyBridge().xcr0(5); },
-     {4, 0, 0xCDF, 0x6DDF},
-     ippStsNoErr},
-    {"IvyBridgeNoOsxsave",
-     [] { return edited(ivyBridge(), osxsave, 0); },
-     {4, 0, 0xCDF, 0x6DDF},
-     ippStsNoErr},
-    {"HaswellXcr0Sse", [] { return haswell().xcr0(3); }, {4, 0, 0xCDF, 0xEDFF}, ippStsNoErr},
+    {"HaswellWithoutBmi2", edit(haswell, 0, bmi2), avxSlot, ok},
+    {"HaswellWithoutBmi1", edit(haswell, 0, bmi1), avxSlot, ok},
+    {"HaswellWithoutAvx2", edit(haswell, 0, avx2), avxSlot, ok},
+    {"HaswellWithoutFma", edit(haswell, fma, 0), avxSlot, ok},
+    // AVX not saved by the system: the SSE4.1 slot; the detected word keeps AVX2.
+    {"IvyBridgeXcr0Sse", withXcr0(ivyBridge, 3), sse41Slot, ok},
+    {"IvyBridgeXcr0YmmOnly", withXcr0(ivyBridge, 5), sse41Slot, ok},
+    {"IvyBridgeNoOsxsave", edit(ivyBridge, osxsave, 0), sse41Slot, ok},
+    {"HaswellXcr0Sse", withXcr0(haswell, 3), {4, 0, 0xCDF, 0xEDFF}, ok},
     // The coprocessor bit is read only for family 0xB, and slot 6 drops it.
     {"CoprocessorFamily",
-     [] {
-         CpuRegs leaf1 = haswell().query(1, 0);
-         leaf1.eax = 0xB10;
-         return haswell().answer(1, leaf1).answer(0x20000001u, {0, 0, 0, 2});
-     },
+     with(with(haswell, 1, {0xB10, 0x02100800, 0x7FFAFBFF, 0xBFEBFBFF}), 0x20000001u, {0, 0, 0, 2}),
      {6, 0, 0xEFFF, 0xFFFF},
-     ippStsNoErr},
+     ok},
     {"ExtraLeafOutsideFamilyB",
-     [] {
-         return haswell().answer(0x20000001u, {0, 0, 0, 2});
-     },
+     with(haswell, 0x20000001u, {0, 0, 0, 2}),
      {6, 0, 0xEFFF, 0xEFFF},
-     ippStsNoErr},
+     ok},
     // MOVBE without SSSE3 passes both SSSE3 slots by.
-    {"MovbeWithoutSsse3",
-     [] { return edited(prescott(), 0, 0, movbe); },
-     {1, 0, 0xF, 0x2F},
-     ippStsNoErr},
-    {"MovbeWithoutSse3",
-     [] { return edited(northwood(), 0, 0, movbe); },
-     {0, 0, 7, 0x27},
-     ippStsNoCpuFeaturesWrn},
+    {"MovbeWithoutSsse3", edit(prescott, 0, 0, movbe), {1, 0, 0xF, 0x2F}, ok},
+    {"MovbeWithoutSse3", edit(northwood, 0, 0, movbe), {0, 0, 7, 0x27}, ippStsNoCpuFeaturesWrn},
 };
 
 class Detection : public DispatchTest, public ::testing::WithParamInterface<DetectionCase> {};
