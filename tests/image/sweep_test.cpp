@@ -159,7 +159,7 @@ std::vector<SweepCase> const& cases() {
         {NUV_CASE(ippiMirror_8u_C3IR), mirrorInPlace), 0, 3, 3, false, false, flips,
          mirrorModel<3, true>, {}},
         {NUV_CASE(ippiTranspose_8u_C1R), unary), 1, 1, 1, true, false, {0},
-         transposeModel<1, false>, {{1088, 1088}}},
+         transposeModel<1, false>, {{1088, 1088}, {1104, 128}}},
         {NUV_CASE(ippiTranspose_8u_C3R), unary), 1, 3, 3, true, false, {0},
          transposeModel<3, false>, {}},
         {NUV_CASE(ippiTranspose_8u_C1IR), inPlace), 0, 1, 1, false, true, {0},
