@@ -54,8 +54,10 @@ void expectModel(SweepCase const& c, int slot, IppiSize size, int arg, Layout co
     const Shape in = sourceShape(c, size), out = destinationShape(c, size);
     std::vector<std::unique_ptr<GuardedImage>> sources;
     std::vector<Bytes> packedSources;
+    // A second source takes the destination's layout, so the two sources differ in alignment.
     for (int k = 0; k < c.sources; ++k) {
-        sources.push_back(std::make_unique<GuardedImage>(in.rowBytes, in.rows, srcLayout));
+        sources.push_back(
+            std::make_unique<GuardedImage>(in.rowBytes, in.rows, k == 0 ? srcLayout : dstLayout));
         sources.back()->fillRandom(rng);
         packedSources.push_back(sources.back()->packed());
     }
