@@ -26,11 +26,8 @@ bool shared(L const& a, L const& b) {
 TEST(Vector, SharesUntilANonConstAccess) {
     Vector<int> a{1, 2, 3};
     Vector<int> const b(a);
-    EXPECT_EQ(b[1], 2);
-    EXPECT_EQ(b.at(2), 3);
-    EXPECT_EQ(b.value(1), 2);
-    EXPECT_EQ(b.value(3, 7), 7);
-    EXPECT_EQ(b.value(-1), 0);
+    EXPECT_EQ(b[1] * 100 + b.at(2) * 10 + b.value(1), 232);
+    EXPECT_EQ(b.value(3, 7) + b.value(-1), 7);
     EXPECT_EQ(b.constData(), a.constData());
     Vector<int> c(a);
     c.resize(-1, 9);  // refused: still shared
@@ -40,54 +37,34 @@ TEST(Vector, SharesUntilANonConstAccess) {
     c.resize(5, 9);
     c[0] = 10;
     EXPECT_EQ(a, (Vector<int>{1, 2, 3}));
-    EXPECT_EQ(c, (Vector<int>{10, 2, 3, 9, 9}));
-    EXPECT_TRUE(a != c);
+    EXPECT_TRUE(c == (Vector<int>{10, 2, 3, 9, 9}) && a != c);
     Vector<std::string> s{"x", "y"}, t(s);
     t.clear();
-    EXPECT_EQ(s.size(), 2);
-    EXPECT_TRUE(t.isEmpty());
-    Vector<Color> colours;
-    colours << Color(1u) << Color(2u);
-    EXPECT_EQ(colours.value(1), Color(2u));
-    EXPECT_EQ(colours.value(2), Color());
+    EXPECT_TRUE(s.size() == 2 && t.isEmpty());
 }
 
-TEST(List, ConstIterationSharesAndBeginDetaches) {
-    List<int> a{1, 2, 3};
-    List<int> b(a);
+// Const iteration shares; begin() detaches; on a unique list append, begin and erase keep
+// the iterators of the other elements.
+TEST(List, SharingAndIterators) {
+    List<int> a{1, 2, 3}, b(a);
     int sum = 0;
     for (int v : static_cast<List<int> const&>(b)) sum += v;
     EXPECT_EQ(sum, 6);
     EXPECT_TRUE(shared(a, b));
     *b.begin() = 100;
     EXPECT_FALSE(shared(a, b));
-    EXPECT_EQ(a.first(), 1);
-    EXPECT_EQ(b.first(), 100);
-    EXPECT_TRUE(a != b);
-    EXPECT_TRUE(a == (List<int>{1, 2, 3}));
-    List<std::string> e, f(e);
-    EXPECT_TRUE(e.constEnd() == f.constEnd());  // still one shared std::list
-    f.append("x");
-    EXPECT_TRUE(e.constBegin() == e.constEnd());
-}
-
-// On a unique list append, begin and erase keep the iterators of the other elements.
-TEST(List, IteratorsOfAUniqueListStayValid) {
+    EXPECT_TRUE(a == (List<int>{1, 2, 3}) && a != b && b.first() == 100);
+    EXPECT_EQ(*b.erase(++b.begin()), 3);
+    EXPECT_EQ(a.size() * 10 + b.size(), 32);
     List<std::string> list;
-    List<std::string>::iterator first = list.append("first");
-    std::string const* address = &*first;
+    std::string const* address = &*list.append("first");
     for (int i = 0; i < 100; ++i) EXPECT_EQ(*list.append(std::to_string(i)), std::to_string(i));
-    EXPECT_EQ(&*list.begin(), address);
     list << "last";
-    EXPECT_EQ(list.last(), "last");
     List<std::string>::iterator second = list.begin();
     EXPECT_EQ(*list.erase(++second), "1");
     EXPECT_EQ(&*list.begin(), address);
     EXPECT_EQ(list.size(), 101);
-    List<int> a{1, 2, 3}, b(a);
-    EXPECT_EQ(*b.erase(++b.begin()), 3);
-    EXPECT_EQ(a.size(), 3);
-    EXPECT_EQ(b.size(), 2);
+    EXPECT_EQ(list.last(), "last");
 }
 
 TEST(Map, ValueNeverInsertsAndIndexDetaches) {
@@ -95,22 +72,17 @@ TEST(Map, ValueNeverInsertsAndIndexDetaches) {
     EXPECT_EQ(a.value(7, "none"), "none");
     EXPECT_TRUE(a.isEmpty());
     EXPECT_EQ(a[1], "");
-    EXPECT_EQ(a.size(), 1);
     a[1] = "one";
     a.insert(2, "two");
     Map<int, std::string> b(a);
-    EXPECT_EQ(b.value(2), "two");
-    EXPECT_EQ(b.find(1)->second, "one");
-    EXPECT_TRUE(b.contains(2) && !b.contains(3));
-    EXPECT_EQ(b.remove(3), 0);
+    EXPECT_EQ(b.value(2) + b.find(1)->second, "twoone");
+    EXPECT_TRUE(b.contains(2) && !b.contains(3) && b.remove(3) == 0);
     EXPECT_EQ(&b.constBegin()->second, &a.constBegin()->second);
     b[1] = "uno";
-    EXPECT_EQ(a.value(1), "one");
-    EXPECT_EQ(b.value(1), "uno");
+    EXPECT_EQ(a.value(1) + b.value(1), "oneuno");
     EXPECT_EQ(b.remove(1), 1);
     a.clear();
-    EXPECT_TRUE(a.constBegin() == a.constEnd());
-    EXPECT_EQ(b.size(), 1);
+    EXPECT_TRUE(a.constBegin() == a.constEnd() && b.size() == 1);
     Map<int, int> m;
     m[5] = 50;
     Map<int, int>::const_iterator five = m.find(5);
@@ -120,17 +92,12 @@ TEST(Map, ValueNeverInsertsAndIndexDetaches) {
 
 // Segments copy memberwise; their lines and the lists holding them share until written.
 TEST(SegmentRecords, CopiesShareUntilWritten) {
-    Segment const empty;
-    EXPECT_EQ(empty.pixelCount, 0u);
-    EXPECT_EQ(empty.color, Color());
-    EXPECT_EQ(empty.center, Point());
-    EXPECT_EQ(empty.segmentIndex, 0);
-    EXPECT_TRUE(empty.lines.isEmpty() && empty.name.empty());
     Segment s;
-    s.pixelCount = 10;
+    EXPECT_EQ(s, Segment(s));
+    EXPECT_TRUE(s.pixelCount == 0 && s.color == Color() && s.center == Point() &&
+                s.segmentIndex == 0 && s.lines.isEmpty() && s.name.empty());
     s.center = Point(3, 4);
     s.lines.append(Line(0, 0, 5, 0));
-    s.segmentIndex = 2;
     s.name = "ball";
     SegmentList list;
     list.append(s);
@@ -140,16 +107,13 @@ TEST(SegmentRecords, CopiesShareUntilWritten) {
     EXPECT_EQ(mine, s);
     EXPECT_EQ(&*mine.lines.constBegin(), &*list.first().lines.constBegin());
     mine.lines.append(Line(0, 1, 5, 1));
-    mine.name = "goal";
     EXPECT_NE(mine, s);
     EXPECT_EQ(list.first().lines.size(), 1);
-    EXPECT_EQ(list.first().name, "ball");
     List<Segment>* base = new SegmentList(copy);  // the destructor is virtual
     delete base;
     bool ok = false;
-    SegmentList const back = variant::Variant(list).get<SegmentList>(&ok);
+    EXPECT_EQ(&variant::Variant(list).get<SegmentList>(&ok).first(), &list.first());
     EXPECT_TRUE(ok);
-    EXPECT_EQ(&back.first(), &list.first());
 }
 
 }  // namespace

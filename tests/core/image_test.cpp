@@ -3,7 +3,6 @@
 #include <nuv/core/image/Image.h>
 #include <nuv/core/image/OpenCV.h>
 
-#include <boost/any.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include <new>
 #include <stdexcept>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -22,20 +22,13 @@ bool aligned(void const* p) {
     return reinterpret_cast<std::uintptr_t>(p) % 64 == 0;
 }
 
-TEST(Image, NullAndZeroSized) {
-    Image null;
-    EXPECT_TRUE(null.isNull());
-    EXPECT_EQ(null.info(), ImageInfo());
-    EXPECT_EQ(null.step(), 0u);
-    EXPECT_EQ(null.constData(), nullptr);
-    EXPECT_EQ(null.data_s(), nullptr);
-    Image const empty(ImageInfo(0, 0, Gray));
-    EXPECT_FALSE(empty.isNull());
-    EXPECT_NE(empty.constData(), nullptr);
-}
-
 // Packed rows by default, padded rows on request; the whole span is ours, padding included.
 TEST(Image, RowsAndSteps) {
+    Image null;
+    EXPECT_TRUE(null.isNull() && null.step() == 0 && !null.constData() && !null.data_s());
+    EXPECT_EQ(null.info(), ImageInfo());
+    Image const empty(ImageInfo(0, 0, Gray));
+    EXPECT_TRUE(!empty.isNull() && empty.constData());
     for (unsigned width = 1; width <= 70; width += 23) {
         for (Format format : {Gray, BGR, BGRA}) {
             Image image(ImageInfo(width, 5, format));
@@ -63,8 +56,7 @@ TEST(Image, CopiesShareUntilWrittenAndCopyEveryByte) {
     unsigned char* written = b.data();
     EXPECT_NE(written, a.constData());
     EXPECT_TRUE(aligned(written));
-    EXPECT_EQ(b.step(), 16u);
-    EXPECT_EQ(b.info(), a.info());
+    EXPECT_TRUE(b.step() == 16 && b.info() == a.info());
     for (unsigned i = 0; i < 48; ++i) ASSERT_EQ(written[i], i + 1);
     written[0] = 99;
     EXPECT_EQ(a.constData()[0], 1);
@@ -77,9 +69,6 @@ TEST(Image, CopiesShareUntilWrittenAndCopyEveryByte) {
     EXPECT_EQ(b.constData(), a.constData());
     Image moved(std::move(b));
     EXPECT_EQ(moved.constData(), a.constData());
-    boost::any held(a);
-    EXPECT_EQ(boost::any_cast<Image>(held).constData(), a.constData());
-    EXPECT_EQ(sizeof(Image), sizeof(void*));
 }
 
 // The count stays exact under copies on several threads (the sanitizer build checks it).
@@ -106,18 +95,16 @@ TEST(ImageRegion, CutToTheImage) {
         Roi set;
         Point offset;
         Size size;
-    } const cases[] = {
-        {Roi(Point(2, 1), Size(3, 2)), Point(2, 1), Size(3, 2)},
-        {Roi(Point(0, 0), Size(10, 8)), Point(0, 0), Size(10, 8)},
-        {Roi(Point(9, 7), Size(1, 1)), Point(9, 7), Size(1, 1)},
-        {Roi(Point(7, 5), Size(10, 10)), Point(7, 5), Size(3, 3)},
-        {Roi(Point(-2, -3), Size(5, 5)), Point(0, 0), Size(3, 2)},
-        {Roi(Point(20, 2), Size(4, 4)), Point(0, 0), Size(0, 0)},
-        {Roi(Point(2, 8), Size(4, 4)), Point(0, 0), Size(0, 0)},
-        {Roi(Point(2, 1), Size(0, 3)), Point(0, 0), Size(0, 0)},
-        {Roi(Point(-50, -50), Size(10, 10)), Point(0, 0), Size(0, 0)},
-        {Roi(Point(3, 3), Size(0xFFFFFFFFu, 0xFFFFFFFFu)), Point(3, 3), Size(7, 5)},
-    };
+    } const cases[] = {{Roi(Point(2, 1), Size(3, 2)), Point(2, 1), Size(3, 2)},
+                       {Roi(Point(0, 0), Size(10, 8)), Point(0, 0), Size(10, 8)},
+                       {Roi(Point(9, 7), Size(1, 1)), Point(9, 7), Size(1, 1)},
+                       {Roi(Point(7, 5), Size(10, 10)), Point(7, 5), Size(3, 3)},
+                       {Roi(Point(-2, -3), Size(5, 5)), Point(0, 0), Size(3, 2)},
+                       {Roi(Point(20, 2), Size(4, 4)), Point(0, 0), Size(0, 0)},
+                       {Roi(Point(2, 8), Size(4, 4)), Point(0, 0), Size(0, 0)},
+                       {Roi(Point(2, 1), Size(0, 3)), Point(0, 0), Size(0, 0)},
+                       {Roi(Point(-50, -50), Size(10, 10)), Point(0, 0), Size(0, 0)},
+                       {Roi(Point(3, 3), Size(0xFFFFFFFFu, 0xFFFFFFFFu)), Point(3, 3), Size(7, 5)}};
     Image image(ImageInfo(10, 8, BGR), 40);
     char const* first = nullptr;
     Roi roi = getRoi(image, &first);
@@ -137,9 +124,7 @@ TEST(ImageRegion, CutToTheImage) {
     EXPECT_EQ(getRoi(image, &first).size(), Size(10, 8));
     Image null;
     setRoi(null, Roi(Point(1, 1), Size(2, 2)));
-    EXPECT_TRUE(null.isNull());
-    EXPECT_EQ(getRoi(null, &first).size(), Size(0, 0));
-    EXPECT_EQ(first, nullptr);
+    EXPECT_TRUE(null.isNull() && getRoi(null, &first).size() == Size(0, 0) && first == nullptr);
 }
 
 // Region, lines and segments travel with copies; additions stay with the handle made them.
@@ -163,11 +148,9 @@ TEST(ImageAttachments, BelongToTheHandle) {
     resetRoi(copy);
     setSegmentList(copy, SegmentList());
     copy.data()[0] = 3;
-    EXPECT_EQ(lines(source).size(), 1);
-    EXPECT_EQ(lines(copy).size(), 2);
-    EXPECT_TRUE(hasRoi(source));
-    EXPECT_EQ(segmentList(source).size(), 1);
-    EXPECT_EQ(segmentList(copy).size(), 0);
+    EXPECT_EQ(std::tuple(lines(source).size(), segmentList(source).size(), hasRoi(source)),
+              std::tuple(1, 1, true));
+    EXPECT_EQ(std::tuple(lines(copy).size(), segmentList(copy).size()), std::tuple(2, 0));
     List<Line> taken = lines(source);
     taken.append(Line(9, 9, 9, 9));
     EXPECT_EQ(lines(source).size(), 1);
@@ -175,9 +158,7 @@ TEST(ImageAttachments, BelongToTheHandle) {
     EXPECT_EQ(lines(source).size(), 2);
     Image null;
     addLine(null, Line(1, 2, 3, 4));
-    EXPECT_TRUE(null.isNull());
-    EXPECT_EQ(lines(null).size(), 1);
-    EXPECT_EQ(segmentList(Image()).size(), 0);
+    EXPECT_TRUE(null.isNull() && lines(null).size() == 1 && segmentList(Image()).isEmpty());
 }
 
 // The header describes the whole buffer without copying it; the region is not the header's.
@@ -189,12 +170,10 @@ TEST(OpenCVAdapter, HeaderOverThePixels) {
         OpenCV adapter(copy);
         IplImage* header = adapter;
         ASSERT_NE(header, nullptr);
-        EXPECT_EQ(header->width, 5);
-        EXPECT_EQ(header->height, 4);
+        EXPECT_EQ(std::tuple(header->width, header->height, header->widthStep, header->imageSize),
+                  std::tuple(5, 4, 64, 4 * 64));
         EXPECT_EQ(header->nChannels, static_cast<int>(image.info().numChannels));
         EXPECT_EQ(header->depth, IPL_DEPTH_8U);
-        EXPECT_EQ(header->widthStep, 64);
-        EXPECT_EQ(header->imageSize, 4 * 64);
         EXPECT_EQ(header->imageData, image.constData_s());
         EXPECT_EQ(header->imageDataOrigin, image.constData_s());
         EXPECT_EQ(header->roi, nullptr);

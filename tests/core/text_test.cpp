@@ -102,17 +102,15 @@ TEST(Split, EveryCharacterOfTheSeparatorSplitsAndEmptyPiecesStay) {
         char const* text;
         char const* separators;
         Texts pieces;
-    } const cases[] = {
-        {"a;b;c", ";", {"a", "b", "c"}},
-        {"a;;b", ";", {"a", "", "b"}},
-        {";a;", ";", {"", "a", ""}},
-        {";", ";", {"", ""}},
-        {"abc", ";", {"abc"}},
-        {"", ";", {}},
-        {"a,b;c d", ",; ", {"a", "b", "c", "d"}},
-        {"a;b", nullptr, {"a;b"}},
-        {"a;b", "", {"a;b"}},
-    };
+    } const cases[] = {{"a;b;c", ";", {"a", "b", "c"}},
+                       {"a;;b", ";", {"a", "", "b"}},
+                       {";a;", ";", {"", "a", ""}},
+                       {";", ";", {"", ""}},
+                       {"abc", ";", {"abc"}},
+                       {"", ";", {}},
+                       {"a,b;c d", ",; ", {"a", "b", "c", "d"}},
+                       {"a;b", nullptr, {"a;b"}},
+                       {"a;b", "", {"a;b"}}};
     for (Case const& c : cases) EXPECT_EQ(items(split(c.text, c.separators)), c.pieces) << c.text;
 }
 

@@ -12,6 +12,7 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -21,24 +22,19 @@ using namespace nuv::core::image;
 // A colour is one ARGB word: unpacked, set byte by byte, compared whole.
 TEST(Color, OneArgbWord) {
     Color color(0x80123456u);
-    EXPECT_EQ(color.a(), 0x80);
-    EXPECT_EQ(color.r(), 0x12);
-    EXPECT_EQ(color.g(), 0x34);
-    EXPECT_EQ(color.b(), 0x56);
+    EXPECT_EQ(std::tuple(color.a(), color.r(), color.g(), color.b()),
+              std::tuple(0x80, 0x12, 0x34, 0x56));
     color.setG(0xFF);
     color.setR(0x00);
     color.setB(0xAB);
     EXPECT_EQ(color.argb(), 0x8000FFABu);
     color.setA(0x01);
     EXPECT_EQ(color.argb(), 0x0100FFABu);
-    EXPECT_EQ(Color().argb(), 0u);
-    EXPECT_EQ(Color::red.argb(), 0xFFFF0000u);
-    EXPECT_EQ(Color::fromRgba(1, 2, 3).argb(), 0xFF010203u);
-    EXPECT_EQ(Color::fromRgba(1, 2, 3, 4).argb(), 0x04010203u);
-    EXPECT_TRUE(Color(0x00FF0000u) != Color(0xFFFF0000u));
-    EXPECT_FALSE(Color(0x00FF0000u) == Color(0xFFFF0000u));
-    EXPECT_TRUE(Color(0x12345678u) == Color(0x12345678u));
-    EXPECT_FALSE(Color(0x12345678u) != Color(0x12345678u));
+    EXPECT_EQ(std::tuple(Color().argb(), Color::red.argb(), Color::fromRgba(1, 2, 3).argb(),
+                         Color::fromRgba(1, 2, 3, 4).argb()),
+              std::tuple(0u, 0xFFFF0000u, 0xFF010203u, 0x04010203u));
+    EXPECT_TRUE(Color(0x00FF0000u) != Color(0xFFFF0000u) && Color(5u) == Color(5u));
+    EXPECT_FALSE(Color(0x00FF0000u) == Color(0xFFFF0000u) || Color(5u) != Color(5u));
 }
 
 // Points are red unless given a colour, compare by coordinates, add keeping their own
@@ -47,15 +43,12 @@ TEST(Geometry, PointsLinesSizesRegionsCircles) {
     Point p(1, 2, Color(0x01020304u));
     EXPECT_TRUE(p == Point(1, 2, Color(0x55667788u)) && p != Point(2, 1) && p != Point(1, 3));
     EXPECT_EQ(&(p += Point(10, -20, Color(0xFFFFFFFFu))), &p);
-    EXPECT_EQ(p.x() * 100 + p.y(), 1100 - 18);
-    EXPECT_EQ(p.color(), Color(0x01020304u));
+    EXPECT_EQ(std::tuple(p.x(), p.y(), p.color()), std::tuple(11, -18, Color(0x01020304u)));
     Point const half = Point(-7, 7, Color(1u)) / 2;
-    EXPECT_EQ(half, Point(-3, 3));
-    EXPECT_EQ(half.color(), Color::red);
+    EXPECT_EQ(std::tuple(half.x(), half.y(), half.color()), std::tuple(-3, 3, Color::red));
     Line line(Point(1, 2, Color(0xAAu)), Point(3, 4, Color(0xBBu)));
-    EXPECT_EQ(line.x0() * 1000 + line.y0() * 100 + line.x1() * 10 + line.y1(), 1234);
-    EXPECT_EQ(line.p1().color(), Color(0xBBu));
-    EXPECT_EQ(line.color(), Color::red);
+    EXPECT_EQ(std::tuple(line.x0(), line.y0(), line.x1(), line.y1()), std::tuple(1, 2, 3, 4));
+    EXPECT_EQ(std::tuple(line.p1().color(), line.color()), std::tuple(Color(0xBBu), Color::red));
     line.setColor(Color(3u));
     EXPECT_TRUE(line == Line(1, 2, 3, 4) && line != Line(3, 4, 1, 2));
     Size size;
@@ -64,9 +57,8 @@ TEST(Geometry, PointsLinesSizesRegionsCircles) {
     EXPECT_TRUE(size == Size(3, 4) && size != Size(4, 4) && size != Size(3, 5));
     EXPECT_EQ(Roi(Point(2, 1), Size(3, 2)), Roi(Point(2, 1, Color()), Size(3, 2)));
     Circle const circle(Point(4, 5), 2.5f);
-    EXPECT_EQ(circle.center(), Point(4, 5));
-    EXPECT_FLOAT_EQ(circle.radius(), 2.5f);
-    EXPECT_EQ(circle.color(), Color::red);
+    EXPECT_EQ(std::tuple(circle.center(), circle.radius(), circle.color()),
+              std::tuple(Point(4, 5), 2.5f, Color::red));
 }
 
 // Channels by format, the names of formats and channels; unknown layouts keep what was set.

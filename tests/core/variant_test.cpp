@@ -12,6 +12,9 @@
 
 #include <limits>
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -61,69 +64,51 @@ TEST(Variant, HoldsOneValueWithAFreshId) {
     EXPECT_EQ(Variant(Variant(picture)).toImage().constData(), picture.constData());
 }
 
-// Numbers convert between themselves when the value fits, and to and from text.
-TEST(Converter, BuiltInConversions) {
-    struct Row {
-        Variant from;
-        std::type_info const& to;
-        bool ok;
-        std::string text;
-    } const rows[] = {
-        {Variant(42), typeid(std::string), true, "42"},
-        {Variant(-7LL), typeid(std::string), true, "-7"},
-        {Variant(0.1), typeid(std::string), true, "0.1"},
-        {Variant('c'), typeid(std::string), true, "c"},
-        {Variant(static_cast<unsigned char>(200)), typeid(std::string), true, "200"},
-        {Variant("17"), typeid(int), true, "17"},
-        {Variant(" 42 \t"), typeid(int), true, "42"},
-        {Variant(" 2.5 "), typeid(double), true, "2.5"},
-        {Variant("1"), typeid(bool), true, "true"},
-        {Variant("false"), typeid(bool), true, "false"},
-        {Variant(" "), typeid(char), true, " "},
-        {Variant("255"), typeid(unsigned char), true, "255"},
-        {Variant("-128"), typeid(signed char), true, "-128"},
-        {Variant("12x"), typeid(int), false, ""},
-        {Variant("4 2"), typeid(int), false, ""},
-        {Variant(""), typeid(int), false, ""},
-        {Variant("-1"), typeid(unsigned), false, ""},
-        {Variant("256"), typeid(unsigned char), false, ""},
-        {Variant("maybe"), typeid(bool), false, ""},
-        {Variant("ab"), typeid(char), false, ""},
-        {Variant(300), typeid(long long), true, "300"},
-        {Variant(255), typeid(unsigned char), true, "255"},
-        {Variant(256), typeid(unsigned char), false, ""},
-        {Variant(-1), typeid(unsigned), false, ""},
-        {Variant(-128), typeid(signed char), true, "-128"},
-        {Variant(-129), typeid(signed char), false, ""},
-        {Variant(4294967295ULL), typeid(unsigned), true, "4294967295"},
-        {Variant(4294967296ULL), typeid(unsigned), false, ""},
-        {Variant(2.9), typeid(int), true, "2"},
-        {Variant(-2.9), typeid(int), true, "-2"},
-        {Variant(2147483647.9), typeid(int), true, "2147483647"},
-        {Variant(2147483648.0), typeid(int), false, ""},
-        {Variant(-2147483648.5), typeid(int), true, "-2147483648"},
-        {Variant(-2147483649.0), typeid(int), false, ""},
-        {Variant(1e300), typeid(float), false, ""},
-        {Variant(-1e300), typeid(float), false, ""},
-        {Variant(Double::infinity()), typeid(float), true, "inf"},
-        {Variant(1e30), typeid(long long), false, ""},
-        {Variant(Double::quiet_NaN()), typeid(int), false, ""},
-        {Variant(5), typeid(bool), true, "true"},
-        {Variant(0.0), typeid(bool), true, "false"},
-        {Variant(true), typeid(int), true, "1"},
-        {Variant(3), typeid(int), true, "3"},
-        {Variant(), typeid(int), false, ""},
-    };
-    for (Row const& row : rows) {
-        bool ok = !row.ok;
-        Variant const result = converter().convert(row.from, row.to, &ok);
-        std::string const trace = row.from.typeName() + " to " + converter().friendlyName(row.to);
-        EXPECT_EQ(ok, row.ok) << trace << " " << row.text;
-        EXPECT_EQ(result.isEmpty(), !row.ok) << trace;
-        if (row.ok) {
-            EXPECT_EQ(result.toString(), row.text) << trace;
-        }
+// Converts each value to T; an empty text stands for a failed conversion.
+template <typename T, typename From>
+void expectConversions(std::vector<std::pair<From, std::string>> const& rows) {
+    for (auto const& [from, text] : rows) {
+        bool ok = text.empty();
+        Variant const result = converter().convert(Variant(from), typeid(T), &ok);
+        EXPECT_EQ(ok, !text.empty()) << Variant(from).toString() << " gave " << text;
+        EXPECT_EQ(ok ? result.toString() : "", text) << Variant(from).toString();
     }
+}
+
+// Numbers convert between themselves when the value fits; text must hold exactly one value.
+TEST(Converter, BuiltInConversions) {
+    EXPECT_EQ(Variant(-7LL).toString() + Variant(0.1).toString() + Variant('c').toString() +
+                  Variant(static_cast<unsigned char>(200)).toString() + Variant(true).toString(),
+              "-70.1c200true");
+    using Text = std::string;
+    expectConversions<int, Text>(
+        {{"17", "17"}, {" 42 \t", "42"}, {"12x", ""}, {"4 2", ""}, {"", ""}});
+    expectConversions<double, Text>({{" 2.5 ", "2.5"}, {"2.5.", ""}});
+    expectConversions<bool, Text>({{"1", "true"}, {"false", "false"}, {"maybe", ""}});
+    expectConversions<char, Text>({{" ", " "}, {"ab", ""}});
+    expectConversions<unsigned char, Text>({{"255", "255"}, {"256", ""}});
+    expectConversions<signed char, Text>({{"-128", "-128"}, {"-129", ""}});
+    expectConversions<unsigned, Text>({{"-1", ""}, {"4294967295", "4294967295"}});
+    expectConversions<unsigned char, int>({{255, "255"}, {256, ""}});
+    expectConversions<signed char, int>({{-128, "-128"}, {-129, ""}});
+    expectConversions<unsigned, int>({{-1, ""}});
+    expectConversions<long long, int>({{300, "300"}, {3, "3"}});
+    expectConversions<unsigned, unsigned long long>(
+        {{4294967295ULL, "4294967295"}, {4294967296ULL, ""}});
+    expectConversions<int, double>({{2.9, "2"},
+                                    {-2.9, "-2"},
+                                    {2147483647.9, "2147483647"},
+                                    {2147483648.0, ""},
+                                    {-2147483648.5, "-2147483648"},
+                                    {-2147483649.0, ""},
+                                    {Double::quiet_NaN(), ""}});
+    expectConversions<float, double>({{1e300, ""}, {-1e300, ""}, {Double::infinity(), "inf"}});
+    expectConversions<long long, double>({{1e30, ""}});
+    expectConversions<bool, int>({{5, "true"}, {0, "false"}});
+    expectConversions<int, bool>({{true, "1"}});
+    bool ok = true;
+    EXPECT_TRUE(converter().convert(Variant(), typeid(int), &ok).isEmpty());
+    EXPECT_FALSE(ok);
     Variant const three(3);
     EXPECT_EQ(converter().convert(three, typeid(int)).id(), three.id());
 }
@@ -165,55 +150,75 @@ TEST(Converter, RegisteredConversionsAndNames) {
     EXPECT_EQ(converter().friendlyName(typeid(Meters)), "length");
 }
 
-// The right operand takes the left one's type; integers wrap; failures give an empty value.
-TEST(Math, BuiltInOperators) {
-    constexpr int intMax = std::numeric_limits<int>::max(),
-                  intMin = std::numeric_limits<int>::min();
-    struct Row {
-        BinaryOperatorType op;
-        Variant a, b;
-        bool ok;
-        std::string text;
-    } const rows[] = {
-        {OperatorAdd, Variant(2), Variant(3), true, "5"},
-        {OperatorAdd, Variant(2), Variant("40"), true, "42"},
-        {OperatorAdd, Variant(intMax), Variant(1), true, std::to_string(intMin)},
-        {OperatorAdd, Variant("ab"), Variant("cd"), true, "abcd"},
-        {OperatorSubtract, Variant(2), Variant(3), true, "-1"},
-        {OperatorSubtract, Variant(0u), Variant(1u), true, "4294967295"},
-        {OperatorMultiply, Variant(2.5), Variant(2.0), true, "5"},
-        {OperatorMultiply, Variant(65536), Variant(65536), true, "0"},
-        {OperatorDivide, Variant(7), Variant(2), true, "3"},
-        {OperatorDivide, Variant(1.0), Variant(0.0), true, "inf"},
-        {OperatorDivide, Variant(1), Variant(0), false, ""},
-        {OperatorDivide, Variant(intMin), Variant(-1), false, ""},
-        {OperatorDivide, Variant(intMin), Variant(1), true, std::to_string(intMin)},
-        {OperatorModulo, Variant(7u), Variant(4u), true, "3"},
-        {OperatorModulo, Variant(-7), Variant(4), true, "-3"},
-        {OperatorModulo, Variant(intMin), Variant(-1), false, ""},
-        {OperatorModulo, Variant(1), Variant(0), false, ""},
-        {OperatorModulo, Variant(1.0), Variant(1.0), false, ""},
-        {OperatorAnd, Variant(6), Variant(3), true, "2"},
-        {OperatorOr, Variant(6), Variant(3), true, "7"},
-        {OperatorAnd, Variant(true), Variant(false), true, "false"},
-        {OperatorAnd, Variant(true), Variant(1), true, "true"},
-        {OperatorOr, Variant(true), Variant(false), true, "true"},
-        {OperatorOr, Variant(false), Variant(false), true, "false"},
-        {OperatorAdd, Variant(), Variant(1), false, ""},
-        {OperatorAdd, Variant(1), Variant("x"), false, ""},
-        {OperatorAdd, Variant(1.0), Variant(Meters{2}), false, ""},
-    };
-    Math const& math = Math::singleton();
-    for (Row const& row : rows) {
-        bool ok = !row.ok;
-        Variant const result = math.binaryOperator(row.op, row.a, row.b, &ok);
-        EXPECT_EQ(ok, row.ok) << row.op << " " << row.a.toString() << " " << row.text;
-        if (row.ok) {
-            EXPECT_EQ(result.toString(), row.text) << row.op << " " << row.a.toString();
-        }
-        EXPECT_EQ(result.isEmpty(), !row.ok);
+// Applies each operation; an empty text stands for a failure, reported through ok.
+template <typename A, typename B>
+void expectOperations(std::vector<std::tuple<BinaryOperatorType, A, B, std::string>> const& rows) {
+    for (auto const& [op, a, b, text] : rows) {
+        bool ok = text.empty();
+        Variant const result = Math::singleton().binaryOperator(op, Variant(a), Variant(b), &ok);
+        EXPECT_EQ(ok, !text.empty()) << op << " " << Variant(a).toString() << " " << text;
+        EXPECT_EQ(result.isEmpty() ? "" : result.toString(), text)
+            << op << " " << Variant(a).toString();
     }
-    bool ok = false;
+}
+
+template <typename A, typename B>
+void expectComparisons(std::vector<std::tuple<CompareType, A, B, std::string>> const& rows) {
+    for (auto const& [op, a, b, text] : rows) {
+        bool ok = text.empty();
+        bool const result = Math::singleton().compare(op, Variant(a), Variant(b), &ok);
+        EXPECT_EQ(ok ? (result ? "true" : "false") : "", text)
+            << op << " " << Variant(a).toString();
+        EXPECT_TRUE(ok || !result);
+    }
+}
+
+// The right operand takes the left one's type; integers wrap; an integer quotient by zero
+// or of the most negative value by -1 fails.
+TEST(Math, BuiltInOperations) {
+    constexpr int intMin = std::numeric_limits<int>::min();
+    constexpr int intMax = std::numeric_limits<int>::max();
+    using Text = std::string;
+    expectOperations<int, int>({{OperatorAdd, 2, 3, "5"},
+                                {OperatorAdd, intMax, 1, "-2147483648"},
+                                {OperatorSubtract, 2, 3, "-1"},
+                                {OperatorMultiply, 65536, 65536, "0"},
+                                {OperatorDivide, 7, 2, "3"},
+                                {OperatorDivide, 1, 0, ""},
+                                {OperatorDivide, intMin, -1, ""},
+                                {OperatorDivide, intMin, 1, "-2147483648"},
+                                {OperatorModulo, -7, 4, "-3"},
+                                {OperatorModulo, intMin, -1, ""},
+                                {OperatorModulo, 1, 0, ""},
+                                {OperatorAnd, 6, 3, "2"},
+                                {OperatorOr, 6, 3, "7"}});
+    expectOperations<unsigned, unsigned>(
+        {{OperatorSubtract, 0, 1, "4294967295"}, {OperatorModulo, 7, 4, "3"}});
+    expectOperations<double, double>({{OperatorMultiply, 2.5, 2.0, "5"},
+                                      {OperatorDivide, 1.0, 0.0, "inf"},
+                                      {OperatorModulo, 1.0, 1.0, ""}});
+    expectOperations<bool, bool>({{OperatorAnd, true, false, "false"},
+                                  {OperatorOr, true, false, "true"},
+                                  {OperatorOr, false, false, "false"}});
+    expectOperations<bool, int>({{OperatorAnd, true, 1, "true"}});
+    expectOperations<int, Text>({{OperatorAdd, 2, "40", "42"}, {OperatorAdd, 1, "x", ""}});
+    expectOperations<Text, Text>({{OperatorAdd, "ab", "cd", "abcd"}});
+    expectOperations<double, Meters>({{OperatorAdd, 1.0, Meters{2}, ""}});
+    expectComparisons<int, int>({{CompareLess, 1, 2, "true"},
+                                 {CompareLess, 2, 2, "false"},
+                                 {CompareGreater, 1, 2, "false"}});
+    expectComparisons<unsigned, unsigned>({{CompareGreater, 3, 2, "true"}});
+    expectComparisons<double, int>({{CompareEqual, 3.0, 3, "true"}});
+    expectComparisons<Text, Text>(
+        {{CompareEqual, "x", "x", "true"}, {CompareLess, "a", "b", "true"}});
+    expectComparisons<bool, int>(
+        {{CompareEqual, false, 0, "true"}, {CompareGreater, true, 0, "true"}});
+    expectComparisons<int, Text>({{CompareEqual, 3, "three", ""}});
+    expectComparisons<Meters, Meters>({{CompareLess, Meters{}, Meters{}, ""}});
+    Math const& math = Math::singleton();
+    bool ok = true;
+    EXPECT_TRUE(math.binaryOperator(OperatorAdd, Variant(), Variant(1), &ok).isEmpty() && !ok);
+    EXPECT_FALSE(math.compare(CompareEqual, Variant(), Variant(), &ok) || ok);
     EXPECT_EQ(math.unaryOperator(OperatorNegate, Variant(4), &ok).get<int>(), -4);
     EXPECT_TRUE(ok);
     EXPECT_EQ(math.unaryOperator(OperatorNegate, Variant(intMin)).get<int>(), intMin);
@@ -221,33 +226,6 @@ TEST(Math, BuiltInOperators) {
     EXPECT_TRUE(math.unaryOperator(OperatorNegate, Variant(1u), &ok).isEmpty());
     EXPECT_FALSE(ok);
     EXPECT_TRUE(math.unaryOperator(OperatorNegate, Variant(), &ok).isEmpty());
-}
-
-TEST(Math, BuiltInComparisons) {
-    struct Row {
-        CompareType op;
-        Variant a, b;
-        bool ok, result;
-    } const rows[] = {
-        {CompareLess, Variant(1), Variant(2), true, true},
-        {CompareLess, Variant(2), Variant(2), true, false},
-        {CompareGreater, Variant(1), Variant(2), true, false},
-        {CompareGreater, Variant(3u), Variant(2u), true, true},
-        {CompareEqual, Variant(3.0), Variant(3), true, true},
-        {CompareEqual, Variant("x"), Variant("x"), true, true},
-        {CompareLess, Variant("a"), Variant("b"), true, true},
-        {CompareEqual, Variant(false), Variant(0), true, true},
-        {CompareGreater, Variant(true), Variant(false), true, true},
-        {CompareEqual, Variant(3), Variant("three"), false, false},
-        {CompareEqual, Variant(), Variant(), false, false},
-        {CompareLess, Variant(Meters{}), Variant(Meters{}), false, false},
-    };
-    for (Row const& row : rows) {
-        bool ok = !row.ok;
-        EXPECT_EQ(Math::singleton().compare(row.op, row.a, row.b, &ok), row.result)
-            << row.op << " " << row.a.toString() << " " << row.b.toString();
-        EXPECT_EQ(ok, row.ok) << row.op << " " << row.a.toString();
-    }
 }
 
 // Operations registered for a type are found by the left operand's type.

@@ -72,8 +72,7 @@ std::vector<Geometry> const geometries = {
      [](int x, int y, int w, int) { return Point(w - 1 - x, y); }, false},
     {"mirrorHorizontalAndVertical", nuv::cv::mirrorHorizontalAndVertical,
      [](int x, int y, int w, int h) { return Point(w - 1 - x, h - 1 - y); }, false},
-    {"transpose", nuv::cv::transpose, [](int x, int y, int, int) { return Point(y, x); }, true},
-};
+    {"transpose", nuv::cv::transpose, [](int x, int y, int, int) { return Point(y, x); }, true}};
 
 // The region (cut to the image) is read from its first pixel into a new image of its size, in
 // the source's format, without the source's attachments; the source is not touched.
@@ -122,28 +121,20 @@ TEST(ImageGeometry, RegionsMatchThePlainModelAtEverySlot) {
 }
 
 TEST(ImageGeometry, ExactSmallExamples) {
+    Bytes const gray = {1, 2, 3, 4}, colour = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     struct Case {
         int op;  // index into geometries
         ImageInfo info;
         Bytes in, out;
     } const cases[] = {
-        {1, ImageInfo(2, 2, Gray), {1, 2, 3, 4}, {3, 4, 1, 2}},
-        {2, ImageInfo(2, 2, Gray), {1, 2, 3, 4}, {2, 1, 4, 3}},
-        {3, ImageInfo(2, 2, Gray), {1, 2, 3, 4}, {4, 3, 2, 1}},
-        {1,
-         ImageInfo(2, 2, RGB),
-         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12},
-         {7, 8, 9, 10, 11, 12, 1, 2, 3, 4, 5, 6}},
-        {2,
-         ImageInfo(2, 2, RGB),
-         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12},
-         {4, 5, 6, 1, 2, 3, 10, 11, 12, 7, 8, 9}},
-        {3,
-         ImageInfo(2, 2, BGR),
-         {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12},
-         {10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3}},
+        {1, ImageInfo(2, 2, Gray), gray, {3, 4, 1, 2}},
+        {2, ImageInfo(2, 2, Gray), gray, {2, 1, 4, 3}},
+        {3, ImageInfo(2, 2, Gray), gray, {4, 3, 2, 1}},
+        {1, ImageInfo(2, 2, RGB), colour, {7, 8, 9, 10, 11, 12, 1, 2, 3, 4, 5, 6}},
+        {2, ImageInfo(2, 2, RGB), colour, {4, 5, 6, 1, 2, 3, 10, 11, 12, 7, 8, 9}},
+        {3, ImageInfo(2, 2, BGR), colour, {10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3}},
         {4, ImageInfo(2, 3, Gray), {1, 2, 3, 4, 5, 6}, {1, 3, 5, 2, 4, 6}},
-        {2, ImageInfo(4, 1, Gray), {1, 2, 3, 4}, {4, 3, 2, 1}},
+        {2, ImageInfo(4, 1, Gray), gray, {4, 3, 2, 1}},
         {1, ImageInfo(1, 3, BGR), {1, 2, 3, 4, 5, 6, 7, 8, 9}, {7, 8, 9, 4, 5, 6, 1, 2, 3}},
     };
     nuv::test::forEachSlot([&](int) {
@@ -173,20 +164,18 @@ TEST(ImageGeometry, RefusalsAndPassThrough) {
         Image image;
         Outcome outcome;
         std::string message;
-    } const cases[] = {
-        {1, bgra, Null, mirrorMessage},
-        {2, bgra, Null, mirrorMessage},
-        {3, bgra, Null, mirrorMessage},
-        {1, Image(), Null, mirrorMessage},
-        {2, Image(), Null, mirrorMessage},
-        {3, Image(), Null, mirrorMessage},
-        {4, bgra, Null, ""},
-        {4, Image(), Null, ""},
-        {0, gray, Same, copyMessage},
-        {0, bgra, Same, copyMessage},
-        {0, Image(), Null, ""},
-        {0, whole, Same, ""},
-    };
+    } const cases[] = {{1, bgra, Null, mirrorMessage},
+                       {2, bgra, Null, mirrorMessage},
+                       {3, bgra, Null, mirrorMessage},
+                       {1, Image(), Null, mirrorMessage},
+                       {2, Image(), Null, mirrorMessage},
+                       {3, Image(), Null, mirrorMessage},
+                       {4, bgra, Null, ""},
+                       {4, Image(), Null, ""},
+                       {0, gray, Same, copyMessage},
+                       {0, bgra, Same, copyMessage},
+                       {0, Image(), Null, ""},
+                       {0, whole, Same, ""}};
     for (Case const& c : cases) {
         nuv::test::LogCapture log;
         Image const result = geometries[c.op].apply(c.image);
@@ -288,8 +277,7 @@ TEST(Addition, EmptyAndRefused) {
         {Image(), rgb, differ},
         {rgb, Image(), differ},
         {numbered(ImageInfo(5, 3, BGRA)), numbered(ImageInfo(5, 3, BGRA)), unsupported},
-        {Image(), Image(), unsupported},
-    };
+        {Image(), Image(), unsupported}};
     for (Case const& c : cases) {
         nuv::test::LogCapture log;
         Image const result = nuv::cv::addition(c.a, c.b);
