@@ -25,21 +25,15 @@ bool aligned(void const* p) {
 // Packed rows by default, padded rows on request; the whole span is ours, padding included.
 TEST(Image, RowsAndSteps) {
     Image null;
-    EXPECT_TRUE(null.isNull() && null.step() == 0 && !null.constData() && !null.data_s());
-    EXPECT_EQ(null.info(), ImageInfo());
-    Image const empty(ImageInfo(0, 0, Gray));
-    EXPECT_TRUE(!empty.isNull() && empty.constData());
-    for (unsigned width = 1; width <= 70; width += 23) {
-        for (Format format : {Gray, BGR, BGRA}) {
-            Image image(ImageInfo(width, 5, format));
-            EXPECT_EQ(image.step(), width * image.info().numChannels);
-            EXPECT_TRUE(aligned(image.constData()));
-            std::fill(image.data(), image.data() + image.step() * 5, 0x5A);
-        }
+    EXPECT_TRUE(null.isNull() && null.info() == ImageInfo() && !null.step() && !null.data_s());
+    EXPECT_TRUE(!Image(ImageInfo(0, 0, Gray)).isNull() && Image(ImageInfo(0, 0, Gray)).constData());
+    for (Format format : {Gray, BGR, BGRA}) {
+        Image image(ImageInfo(23, 5, format));
+        EXPECT_TRUE(image.step() == 23 * image.info().numChannels && aligned(image.constData()));
+        std::fill(image.data(), image.data() + image.step() * 5, 0x5A);
     }
     Image padded(ImageInfo(5, 4, BGR), 64);
-    EXPECT_EQ(padded.step(), 64u);
-    EXPECT_EQ(padded.info(), ImageInfo(5, 4, BGR));
+    EXPECT_TRUE(padded.step() == 64 && padded.info() == ImageInfo(5, 4, BGR));
     std::fill(padded.data(), padded.data() + 64 * 4, 0x5A);
     EXPECT_EQ(Image(ImageInfo(5, 4, BGR), 15).step(), 15u);
     EXPECT_THROW(Image(ImageInfo(5, 4, BGR), 14), std::invalid_argument);
@@ -54,8 +48,7 @@ TEST(Image, CopiesShareUntilWrittenAndCopyEveryByte) {
     Image const c(a);
     EXPECT_EQ(c.constData_s(), a.constData_s());
     unsigned char* written = b.data();
-    EXPECT_NE(written, a.constData());
-    EXPECT_TRUE(aligned(written));
+    EXPECT_TRUE(written != a.constData() && aligned(written));
     EXPECT_TRUE(b.step() == 16 && b.info() == a.info());
     for (unsigned i = 0; i < 48; ++i) ASSERT_EQ(written[i], i + 1);
     written[0] = 99;
@@ -66,9 +59,8 @@ TEST(Image, CopiesShareUntilWrittenAndCopyEveryByte) {
     EXPECT_EQ(b.data(), before);
     b = a;
     b = b;
-    EXPECT_EQ(b.constData(), a.constData());
     Image moved(std::move(b));
-    EXPECT_EQ(moved.constData(), a.constData());
+    EXPECT_TRUE(moved.constData() == a.constData() && c.constData() == a.constData());
 }
 
 // The count stays exact under copies on several threads (the sanitizer build checks it).
@@ -115,8 +107,7 @@ TEST(ImageRegion, CutToTheImage) {
         setRoi(image, c.set);
         EXPECT_TRUE(hasRoi(image));
         roi = getRoi(image, &first);
-        EXPECT_EQ(roi.offset(), c.offset) << c.set.offset().x() << "," << c.set.offset().y();
-        EXPECT_EQ(roi.size(), c.size) << c.set.offset().x() << "," << c.set.offset().y();
+        EXPECT_EQ(roi, Roi(c.offset, c.size)) << c.set.offset().x() << "," << c.set.offset().y();
         EXPECT_EQ(first, image.constData_s() + c.offset.y() * 40 + c.offset.x() * 3);
     }
     resetRoi(image);
@@ -139,11 +130,10 @@ TEST(ImageAttachments, BelongToTheHandle) {
     setSegmentList(source, segments);
     segments.append(Segment());  // the image keeps the list as it was given
     Image copy(source);
-    EXPECT_EQ(lines(copy), List<Line>{Line(0, 0, 1, 1)});
-    ASSERT_EQ(segmentList(copy).size(), 1);
-    EXPECT_EQ(segmentList(copy).first().name, "ball");
     char const* first = nullptr;
-    EXPECT_EQ(getRoi(copy, &first).offset(), Point(1, 2));
+    EXPECT_TRUE(lines(copy) == List<Line>{Line(0, 0, 1, 1)} && segmentList(copy).size() == 1 &&
+                getRoi(copy, &first).offset() == Point(1, 2));
+    EXPECT_EQ(segmentList(copy).first().name, "ball");
     addLine(copy, Line(2, 2, 3, 3));
     resetRoi(copy);
     setSegmentList(copy, SegmentList());
@@ -153,9 +143,8 @@ TEST(ImageAttachments, BelongToTheHandle) {
     EXPECT_EQ(std::tuple(lines(copy).size(), segmentList(copy).size()), std::tuple(2, 0));
     List<Line> taken = lines(source);
     taken.append(Line(9, 9, 9, 9));
-    EXPECT_EQ(lines(source).size(), 1);
-    setLines(source, taken);
-    EXPECT_EQ(lines(source).size(), 2);
+    setLines(copy, taken);
+    EXPECT_TRUE(lines(source).size() == 1 && lines(copy) == taken);
     Image null;
     addLine(null, Line(1, 2, 3, 4));
     EXPECT_TRUE(null.isNull() && lines(null).size() == 1 && segmentList(Image()).isEmpty());
@@ -172,11 +161,10 @@ TEST(OpenCVAdapter, HeaderOverThePixels) {
         ASSERT_NE(header, nullptr);
         EXPECT_EQ(std::tuple(header->width, header->height, header->widthStep, header->imageSize),
                   std::tuple(5, 4, 64, 4 * 64));
-        EXPECT_EQ(header->nChannels, static_cast<int>(image.info().numChannels));
-        EXPECT_EQ(header->depth, IPL_DEPTH_8U);
-        EXPECT_EQ(header->imageData, image.constData_s());
-        EXPECT_EQ(header->imageDataOrigin, image.constData_s());
-        EXPECT_EQ(header->roi, nullptr);
+        EXPECT_EQ(std::tuple(header->nChannels, header->depth, header->roi),
+                  std::tuple(int(image.info().numChannels), IPL_DEPTH_8U, nullptr));
+        EXPECT_TRUE(header->imageData == image.constData_s() &&
+                    header->imageDataOrigin == image.constData_s());
     }
     EXPECT_EQ(static_cast<IplImage*>(OpenCV(Image())), nullptr);
     EXPECT_EQ(static_cast<IplImage*>(OpenCV(Image(ImageInfo(4, 4, FormatNone)))), nullptr);
