@@ -1,7 +1,6 @@
 // The image handle: allocation, copy-on-write of pixels and attachments, regions, the IplImage
 // header.
-#include <nuv/core/image/Image.h>
-#include <nuv/core/image/OpenCV.h>
+#include <nuv/core.h>
 
 #include <gtest/gtest.h>
 

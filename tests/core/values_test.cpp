@@ -1,23 +1,6 @@
 // The small value classes and their debug text, formats and the image description,
 // copy-on-write containers, the log and its sink, StringList, split, fromString, Exception.
-#include <nuv/core/Circle.h>
-#include <nuv/core/Color.h>
-#include <nuv/core/Exception.h>
-#include <nuv/core/Line.h>
-#include <nuv/core/List.h>
-#include <nuv/core/Log.h>
-#include <nuv/core/Map.h>
-#include <nuv/core/Point.h>
-#include <nuv/core/Roi.h>
-#include <nuv/core/Size.h>
-#include <nuv/core/StringList.h>
-#include <nuv/core/Vector.h>
-#include <nuv/core/fromString.h>
-#include <nuv/core/image/Format.h>
-#include <nuv/core/image/ImageInfo.h>
-#include <nuv/core/image/SegmentList.h>
-#include <nuv/core/printers.h>
-#include <nuv/core/variant/Variant.h>
+#include <nuv/core.h>
 
 #include "support/log_capture.h"
 

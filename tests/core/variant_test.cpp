@@ -1,12 +1,5 @@
 // Variant, its ids, and the Converter and Math registries.
-#include <nuv/core/Exception.h>
-#include <nuv/core/fromString.h>
-#include <nuv/core/image/Image.h>
-#include <nuv/core/image/SegmentList.h>
-#include <nuv/core/variant/Converter.h>
-#include <nuv/core/variant/Id.h>
-#include <nuv/core/variant/Math.h>
-#include <nuv/core/variant/Variant.h>
+#include <nuv/core.h>
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,6 @@
 // Colour classes: SegmentColorIndex and its text, Segment (training, merge, dilation, channel
 // mask), and SegmentList with its text form, its reader's skip rules and its variant forms.
-#include <nuv/core/Color.h>
-#include <nuv/core/Exception.h>
-#include <nuv/core/StringList.h>
-#include <nuv/core/variant/Variant.h>
-#include <nuv/cv/Segment.h>
-#include <nuv/cv/SegmentColorIndex.h>
-#include <nuv/cv/SegmentList.h>
+#include <nuv/cv.h>
 
 #include <gtest/gtest.h>
 

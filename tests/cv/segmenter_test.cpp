@@ -1,8 +1,7 @@
 // Segmenter on pictures drawn in the test: exact regions of small examples (runs, minimum
 // run, the last stored run, connectivity, classification, the reported region, the region
 // cap), the set-up of classes and buffers, and the images it accepts.
-#include <nuv/core.h>
-#include <nuv/cv/Segmenter.h>
+#include <nuv/cv.h>
 
 #include <gtest/gtest.h>
 
@@ -311,8 +310,12 @@ public:
         if (_classes.size() > 32) _classes.resize(32);
     }
 
-    // Pixels packed, three bytes each.
-    std::string segment(std::vector<unsigned char> const& px, int width, int height) {
+    std::string segment(Image const& image, Roi const& roi) {
+        int const width = int(roi.size().width()), height = int(roi.size().height());
+        auto pixel = [&](int x, int y) {
+            return image.constData() + (roi.offset().y() + y) * int(image.step()) +
+                   3 * (roi.offset().x() + x);
+        };
         int const minRun = _minRun;
         if (width != _width || height != _height) _minRun = width > 349 ? 4 : 2;
         _width = width;
@@ -323,10 +326,8 @@ public:
         for (int y = 0; y < height; ++y) {
             std::vector<int> here(static_cast<std::size_t>(width), -1);
             for (int x = 0, end = 0; x < width; x = end) {
-                unsigned const cls = classify(&px[3 * std::size_t(y * width + x)]);
-                for (end = x + 1; cls < 32 && end < width &&
-                                  classify(&px[3 * std::size_t(y * width + end)]) == cls;)
-                    ++end;
+                unsigned const cls = classify(pixel(x, y));
+                for (end = x + 1; cls < 32 && end < width && classify(pixel(end, y)) == cls;) ++end;
                 if (cls == 32 || end - x < minRun) continue;
                 Cell c{-1, x, y, end - x, cls};
                 for (int i = x; i < end;) {
@@ -493,13 +494,9 @@ TEST(SegmenterModel, RandomFrameSequencesMatchThePlainModel) {
             bool const cut = rng() % 2 == 0;
             int const mx = cut ? 1 + int(rng() % 9) : 0, my = cut ? 1 + int(rng() % 5) : 0;
             Image image = randomPicture(rng, width + 2 * mx, height + 2 * my);
-            if (cut) setRoi(image, Roi(Point(mx, my), Size(unsigned(width), unsigned(height))));
-            std::vector<unsigned char> region;
-            for (int y = 0; y < height; ++y) {
-                unsigned char const* row = image.constData() + (y + my) * image.step() + 3 * mx;
-                region.insert(region.end(), row, row + 3 * width);
-            }
-            std::string const expected = model.segment(region, width, height);
+            Roi const roi(Point(mx, my), Size(unsigned(width), unsigned(height)));
+            if (cut) setRoi(image, roi);
+            std::string const expected = model.segment(image, roi);
             ASSERT_EQ(entries(segmenter.doSegmentation(image), list), expected)
                 << "trial " << trial << " frame " << frame;
             std::istringstream parts(expected);
