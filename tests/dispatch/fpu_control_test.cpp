@@ -163,27 +163,28 @@ TEST_F(FpuControlTest, ReservedBitsAndDenormals) {
     EXPECT_EQ(sum, daz ? 0.0 : 1e-310);
 }
 
+// Classified by the bits: not even a signaling NaN raises a flag.
 TEST_F(FpuControlTest, Classification) {
-    const double quiet = std::numeric_limits<double>::quiet_NaN();
-    const double signaling = doubleFromBits(0x7FF0000000000001ull);
-    const double negativeNan = doubleFromBits(0xFFF8000000000000ull);
-    const double inf = std::numeric_limits<double>::infinity();
-    const double denormal = std::numeric_limits<double>::denorm_min();
-    const double largest = std::numeric_limits<double>::max();
-
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    constexpr double largest = std::numeric_limits<double>::max();
+    struct Row {
+        double value;
+        int nan, finite;
+    } const rows[] = {{std::numeric_limits<double>::quiet_NaN(), 1, 0},
+                      {doubleFromBits(0x7FF0000000000001ull), 1, 0},
+                      {doubleFromBits(0xFFF8000000000000ull), 1, 0},
+                      {inf, 0, 0},
+                      {-inf, 0, 0},
+                      {-0.0, 0, 1},
+                      {std::numeric_limits<double>::denorm_min(), 0, 1},
+                      {largest, 0, 1},
+                      {-largest, 0, 1}};
     ps_set_ssx(0x1F80);
-    int nan[] = {ipp_isnan(quiet), ipp_isnan(signaling), ipp_isnan(negativeNan),
-                 ipp_isnan(inf),   ipp_isnan(-inf),      ipp_isnan(0.0),
-                 ipp_isnan(-0.0),  ipp_isnan(denormal),  ipp_isnan(largest)};
-    int finite[] = {ipp_finite(quiet),   ipp_finite(signaling), ipp_finite(inf),
-                    ipp_finite(-inf),    ipp_finite(0.0),       ipp_finite(denormal),
-                    ipp_finite(largest), ipp_finite(-largest)};
-    // Classified by the bits: not even a signaling NaN raises a flag.
+    for (Row const& r : rows) {
+        EXPECT_EQ(ipp_isnan(r.value), r.nan) << r.value;
+        EXPECT_EQ(ipp_finite(r.value), r.finite) << r.value;
+    }
     EXPECT_EQ(ps_get_ssx() & sseFlags, 0u);
-    const int nanExpected[] = {1, 1, 1, 0, 0, 0, 0, 0, 0};
-    const int finiteExpected[] = {0, 0, 0, 0, 1, 1, 1, 1};
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(nan[i], nanExpected[i]) << i;
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(finite[i], finiteExpected[i]) << i;
 }
 
 #endif
