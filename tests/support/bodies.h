@@ -34,32 +34,6 @@ namespace nuv::test::slotTable {
 #undef NUV_INTERNAL
 }  // namespace nuv::test::slotTable
 
-// The dispatch list as data: name and the variants of slots 2 and 3.
-namespace nuv::test {
-struct DispatchedName {
-    char const* name;
-    char const* slot2;
-    char const* slot3;
-    void* const* table;  // the exported <name>_arraddr
-};
-}  // namespace nuv::test
-
-extern "C" {
-#define NUV_TABLE_DECL(name, slot2, slot3, ret, params, args) extern void* const name##_arraddr[7];
-#define NUV_DISPATCHED NUV_TABLE_DECL
-#include <nuv/primitives/dispatched.def>
-#undef NUV_DISPATCHED
-}
-
-namespace nuv::test {
-inline DispatchedName const dispatchedNames[] = {
-#define NUV_NAME_ROW(name, slot2, slot3, ret, params, args) {#name, #slot2, #slot3, name##_arraddr},
-#define NUV_DISPATCHED NUV_NAME_ROW
-#include <nuv/primitives/dispatched.def>
-#undef NUV_DISPATCHED
-};
-}  // namespace nuv::test
-
 // Every name with a body per generation, dispatched or internal, and the variants of its
 // slots 2 and 3.
 namespace nuv::test {
