@@ -234,7 +234,14 @@ struct Lanes<32> {
     static V zero() { return _mm256_setzero_si256(); }
     static Half lowHalf(V v) { return _mm256_castsi256_si128(v); }
     // Two 16-byte halves in one register, low first.
-    static V combine(Half low, Half high) { return _mm256_setr_m128i(low, high); }
+    // With AVX2 the integer insert keeps the value in the integer domain.
+    static V combine(Half low, Half high) {
+#if defined(__AVX2__)
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+#else
+        return _mm256_setr_m128i(low, high);
+#endif
+    }
 
 #if defined(__AVX2__)
     // ---- everything below works on integers and needs AVX2
