@@ -22,7 +22,10 @@ function(nuv_add_variants out)
                                                          ${PROJECT_SOURCE_DIR}/include)
         target_compile_definitions(nuv_prim_${v} PRIVATE NUV_V=${v} NUV_V_ID=${id})
         target_compile_options(nuv_prim_${v} PRIVATE ${NUV_VARIANT_FLAGS_${v}}
-                               -fvisibility=hidden -ffunction-sections)
+                               -fvisibility=hidden -ffunction-sections
+                               # Single-precision operations stay in their written order:
+                               # a product and a sum fuse only where a body asks for it.
+                               -ffp-contract=off)
         list(APPEND objects $<TARGET_OBJECTS:nuv_prim_${v}>)
         math(EXPR id "${id} + 1")
     endforeach()

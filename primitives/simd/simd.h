@@ -7,6 +7,8 @@
 //   lanes.h      Lanes<16> and Lanes<32>: loads and stores (aligned, unaligned, streaming,
 //                partial), widen and narrow, saturating and averaging arithmetic, compares,
 //                interleaves, byte shuffles and reversal; IntLanes, MoveLanes
+//   floats.h     Floats<16> and Floats<32>: single-precision arithmetic, approximate
+//                reciprocals, compares and conversions; the same operations on one float
 //   region.h     argument checks in order, row addressing, joining gap-free rows into runs
 //   policy.h     a family's per-generation strategy as a table of six rows
 //   streaming.h  when stores stream past the cache, by rule and cache query
@@ -17,6 +19,7 @@
 
 #include "primitives/simd/scalar.h"
 #include "primitives/simd/lanes.h"
+#include "primitives/simd/floats.h"
 #include "primitives/simd/region.h"
 #include "primitives/simd/policy.h"
 #include "primitives/simd/streaming.h"

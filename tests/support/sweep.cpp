@@ -44,8 +44,8 @@ Shape destinationShape(SweepCase const& c, IppiSize s) {
 
 // One call of the case at `slot` on fresh images in the given layouts, checked against the
 // model: status, bytes, the guards and padding around the destination, the sources unchanged.
-void expectModel(SweepCase const& c, int slot, IppiSize size, int arg, Layout const& srcLayout,
-                 Layout const& dstLayout, std::mt19937& rng) {
+void expectModel(SweepCase const& c, Generation g, int slot, IppiSize size, int arg,
+                 Layout const& srcLayout, Layout const& dstLayout, std::mt19937& rng) {
     SCOPED_TRACE(c.name + " " + std::to_string(size.width) + "x" + std::to_string(size.height) +
                  " arg " + std::to_string(arg) + " src{pad " + std::to_string(srcLayout.padding) +
                  " off " + std::to_string(srcLayout.misalign) + (srcLayout.negative ? " up" : "") +
@@ -65,7 +65,7 @@ void expectModel(SweepCase const& c, int slot, IppiSize size, int arg, Layout co
     dst.fillRandom(rng);
     const Bytes before = dst.packed();
     Bytes expected;
-    const IppStatus status = c.model({packedSources, before, size, arg}, expected);
+    const IppStatus status = c.model({g, packedSources, before, size, arg}, expected);
     Call call{nullptr, 0, nullptr, 0, dst.first(), dst.step(), size, arg};
     if (c.sources > 0) call.src1 = sources[0]->first(), call.src1Step = sources[0]->step();
     if (c.sources > 1) call.src2 = sources[1]->first(), call.src2Step = sources[1]->step();
@@ -99,7 +99,7 @@ int PrimitiveSweep::sweepRandom(std::vector<SweepCase> const& cases, int rounds,
             const std::vector<Layout> layouts = standardLayouts(rng);
             const Layout& s = layouts[rng() % layouts.size()];
             const Layout& d = layouts[rng() % layouts.size()];
-            expectModel(c, slot, size, c.args[rng() % c.args.size()], s, d, rng);
+            expectModel(c, GetParam(), slot, size, c.args[rng() % c.args.size()], s, d, rng);
             if (HasFatalFailure()) return covered;
         }
     }
@@ -114,7 +114,8 @@ void PrimitiveSweep::sweepLarge(std::vector<SweepCase> const& cases) {
         if (slot < 0) continue;
         for (IppiSize size : c.largeSizes)
             for (Layout const& layout : layouts)
-                for (int arg : c.args) expectModel(c, slot, size, arg, layout, layout, rng);
+                for (int arg : c.args)
+                    expectModel(c, GetParam(), slot, size, arg, layout, layout, rng);
     }
 }
 

@@ -51,6 +51,7 @@ struct Call {
 
 // The bytes a model sees: the packed sources and the destination as it was before the call.
 struct ModelInput {
+    Generation generation;  // the body's generation, for families whose bytes differ by it
     std::vector<Bytes> const& sources;
     Bytes const& dstBefore;
     IppiSize size;
