@@ -104,6 +104,15 @@ struct Lanes<16> {
     static V addWords(V a, V b) { return _mm_add_epi16(a, b); }
     static V subWords(V a, V b) { return _mm_sub_epi16(a, b); }
     static V addWordsSaturated(V a, V b) { return _mm_adds_epi16(a, b); }
+    static V addWordsSaturatedUnsigned(V a, V b) { return _mm_adds_epu16(a, b); }
+    // The high 16 bits of the 32-bit products of words, signed or unsigned.
+    static V mulHighWords(V a, V b) { return _mm_mulhi_epi16(a, b); }
+    static V mulHighWordsUnsigned(V a, V b) { return _mm_mulhi_epu16(a, b); }
+    // Words shifted right with their sign (floors).
+    template <int N>
+    static V shiftWordsRightSigned(V a) {
+        return _mm_srai_epi16(a, N);
+    }
     static V shiftWordsRight(V a, V count) { return _mm_srl_epi16(a, count); }
     template <int N>
     static V shiftWordsRight(V a) {
@@ -184,6 +193,10 @@ struct Lanes<16> {
     }
     static V constant(char const (&c)[16]) {
         return load(c);
+    }
+    // (a * b + 0x4000) >> 15 on signed words: the rounded high half of a Q15 product.
+    static V mulRoundedQ15(V a, V b) {
+        return _mm_mulhrs_epi16(a, b);
     }
     // The 16 bytes that start S bytes into lo and continue into hi.
     template <int S>

@@ -89,4 +89,11 @@ inline void forEachRun(int width, int height, Run&& run, Plane<T>... planes) {
     for (int y = 0; y < height; ++y) run(static_cast<Length>(width), planes.row(y)...);
 }
 
+// Calls run(width, row of each plane...) once a row, top to bottom, never joining rows: for
+// families whose row split (vector block, scalar tail) is part of their bytes.
+template <class Run, class... T>
+inline void forEachRow(int width, int height, Run&& run, Plane<T>... planes) {
+    for (int y = 0; y < height; ++y) run(width, planes.row(y)...);
+}
+
 }  // namespace nuv::prim::NUV_V::simd

@@ -65,10 +65,11 @@ void expectModel(SweepCase const& c, Generation g, int slot, IppiSize size, int 
     dst.fillRandom(rng);
     const Bytes before = dst.packed();
     Bytes expected;
-    const IppStatus status = c.model({g, packedSources, before, size, arg}, expected);
     Call call{nullptr, 0, nullptr, 0, dst.first(), dst.step(), size, arg};
     if (c.sources > 0) call.src1 = sources[0]->first(), call.src1Step = sources[0]->step();
     if (c.sources > 1) call.src2 = sources[1]->first(), call.src2Step = sources[1]->step();
+    const IppStatus status =
+        c.model({g, packedSources, before, size, arg, call.src1Step, call.dstStep}, expected);
     ASSERT_EQ(c.call(slot, call), status);
     if (status != ippStsNoErr) expected = before;
     const Bytes got = dst.packed();

@@ -56,6 +56,7 @@ struct ModelInput {
     Bytes const& dstBefore;
     IppiSize size;
     int arg;
+    int srcStep, dstStep;  // for families that refuse some steps
 };
 
 struct SweepCase {

@@ -1,0 +1,189 @@
+// Channel swaps: each output channel c of a pixel is the input channel order[c] of the same
+// pixel. Repeats are allowed, so (0,0,0) spreads channel 0 over the pixel. Pure byte moves;
+// every generation gives the same bytes.
+//
+// The vector form works on blocks of 16 pixels: 48 output bytes from 48 source bytes (64 for
+// four-channel sources), loaded whole before anything is stored, so the in-place forms are
+// safe. With SSSE3 each output vector is a few byte shuffles of the source vectors it draws
+// on; without it, each output byte lies at most two bytes from its source byte, so an output
+// vector is five masked copies of the source shifted by -2..2 bytes. The masks are built
+// once per call from the order.
+#include "primitives/simd/simd.h"
+
+namespace nuv::prim::NUV_V {
+namespace {
+
+using namespace simd;
+using L = Lanes<16>;
+using V = L::V;
+using Length = Offset;
+
+constexpr int kBlock = 16;  // pixels per block: 48 output bytes, three vectors
+#if defined(__SSSE3__)
+constexpr bool kHasShuffles = true;
+#else
+constexpr bool kHasShuffles = false;
+#endif
+
+// Byte p of a block's output comes from this byte of the block's source.
+int sourceByte(int srcPixel, int const* order, int p) {
+    return srcPixel * (p / 3) + order[p % 3];
+}
+
+#if defined(__SSSE3__)
+// Output vector j draws on source vectors first[j]..last[j]; a shuffle mask each, with the
+// top bit set where a byte comes from another vector.
+template <int SrcPixel>
+struct BlockPlan {
+    static constexpr int first[3] = {0, SrcPixel == 3 ? 0 : 1, SrcPixel == 3 ? 1 : 2};
+    static constexpr int last[3] = {1, 2, SrcPixel == 3 ? 2 : 3};
+    V masks[3][SrcPixel];
+
+    explicit BlockPlan(int const* order) {
+        for (int j = 0; j < 3; ++j)
+            for (int s = 0; s < SrcPixel; ++s) {
+                alignas(16) char bytes[16];
+                for (int i = 0; i < 16; ++i) {
+                    const int q = sourceByte(SrcPixel, order, 16 * j + i);
+                    bytes[i] = static_cast<char>(q / 16 == s ? q % 16 : 0x80);
+                }
+                masks[j][s] = L::constant(bytes);
+            }
+    }
+    V output(V const* in, int j) const {
+        V out = L::shuffle(in[first[j]], masks[j][first[j]]);
+        for (int s = first[j] + 1; s <= last[j]; ++s)
+            out = L::bitOr(out, L::shuffle(in[s], masks[j][s]));
+        return out;
+    }
+};
+#else
+// Three-channel sources only: output byte p takes source byte p + d, d in -2..2.
+template <int SrcPixel>
+struct BlockPlan {
+    static_assert(SrcPixel == 3, "the shift form serves three-channel sources");
+    V masks[3][5];
+
+    explicit BlockPlan(int const* order) {
+        for (int j = 0; j < 3; ++j)
+            for (int d = -2; d <= 2; ++d) {
+                alignas(16) char bytes[16];
+                for (int i = 0; i < 16; ++i) {
+                    const int p = 16 * j + i;
+                    bytes[i] = static_cast<char>(sourceByte(3, order, p) - p == d ? 0xFF : 0);
+                }
+                masks[j][d + 2] = L::load(bytes);
+            }
+    }
+    // Bytes 16j + d .. 16j + d + 15 of the block's source, zero outside it.
+    template <int D>
+    static V window(V const* in, int j) {
+        if constexpr (D > 0) {
+            const V next = j < 2 ? in[j + 1] : L::zero();
+            return L::bitOr(L::shiftBytesRight<D>(in[j]), L::shiftBytesLeft<16 - D>(next));
+        } else if constexpr (D < 0) {
+            const V previous = j > 0 ? in[j - 1] : L::zero();
+            return L::bitOr(L::shiftBytesLeft<-D>(in[j]), L::shiftBytesRight<16 + D>(previous));
+        } else {
+            return in[j];
+        }
+    }
+    V output(V const* in, int j) const {
+        V out = L::bitAnd(masks[j][2], in[j]);
+        out = L::bitOr(out, L::bitAnd(masks[j][0], window<-2>(in, j)));
+        out = L::bitOr(out, L::bitAnd(masks[j][1], window<-1>(in, j)));
+        out = L::bitOr(out, L::bitAnd(masks[j][3], window<1>(in, j)));
+        return L::bitOr(out, L::bitAnd(masks[j][4], window<2>(in, j)));
+    }
+};
+#endif
+
+// One pixel: its channels are all read before any is written.
+void swapPixel(Byte const* s, Byte* d, int const* order) {
+    const Byte c0 = s[order[0]], c1 = s[order[1]], c2 = s[order[2]];
+    d[0] = c0;
+    d[1] = c1;
+    d[2] = c2;
+}
+
+template <int SrcPixel>
+void swapRun(Byte const* src, Byte* dst, Length n, int const* order) {
+    Length x = 0;
+    // Without byte shuffles a four-channel source goes pixel by pixel.
+    if constexpr (SrcPixel == 3 || kHasShuffles) {
+        const BlockPlan<SrcPixel> plan(order);
+        for (; x + kBlock <= n; x += kBlock) {
+            V in[SrcPixel];
+            for (int s = 0; s < SrcPixel; ++s) in[s] = L::load(src + SrcPixel * x + 16 * s);
+            const V out0 = plan.output(in, 0), out1 = plan.output(in, 1);
+            const V out2 = plan.output(in, 2);
+            L::store(dst + 3 * x, out0);
+            L::store(dst + 3 * x + 16, out1);
+            L::store(dst + 3 * x + 32, out2);
+        }
+    }
+    for (; x < n; ++x) swapPixel(src + SrcPixel * x, dst + 3 * x, order);
+}
+
+// Order values compared as unsigned, so a negative one fails too.
+bool orderFits(int const* order, unsigned channels) {
+    return static_cast<unsigned>(order[0]) < channels &&
+           static_cast<unsigned>(order[1]) < channels && static_cast<unsigned>(order[2]) < channels;
+}
+
+void swapInPlace(Ipp8u* p, int step, IppiSize size, int const* order) {
+    forEachRun<Length>(
+        size.width, size.height, [order](Length n, Byte* row) { swapRun<3>(row, row, n, order); },
+        plane(p, step, 3));
+}
+
+}  // namespace
+
+IppStatus ippiSwapChannels_8u_C3IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize,
+                                   int const* dstOrder) {
+    const IppStatus status =
+        firstFailure({nullCheck(pSrcDst, dstOrder),
+                      sizeCheck(roiSize),
+                      {srcDstStep < 1, ippStsStepErr},
+                      {dstOrder != nullptr && !orderFits(dstOrder, 3), ippStsChannelOrderErr}});
+    if (status != ippStsNoErr) return status;
+    swapInPlace(pSrcDst, srcDstStep, roiSize, dstOrder);
+    return ippStsNoErr;
+}
+
+IppStatus ippiSwapChannels_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                  IppiSize roiSize, int const* dstOrder) {
+    const IppStatus status =
+        firstFailure({nullCheck(pSrc, pDst, dstOrder),
+                      sizeCheck(roiSize),
+                      {srcStep < 1 || dstStep < 1, ippStsStepErr},
+                      {dstOrder != nullptr && !orderFits(dstOrder, 3), ippStsChannelOrderErr}});
+    if (status != ippStsNoErr) return status;
+    // The same buffer is the in-place form on the destination's rows; srcStep is only checked.
+    if (pSrc == pDst) {
+        swapInPlace(pDst, dstStep, roiSize, dstOrder);
+        return ippStsNoErr;
+    }
+    forEachRun<Length>(
+        roiSize.width, roiSize.height,
+        [dstOrder](Length n, Byte const* s, Byte* d) { swapRun<3>(s, d, n, dstOrder); },
+        plane(pSrc, srcStep, 3), plane(pDst, dstStep, 3));
+    return ippStsNoErr;
+}
+
+IppStatus ippiSwapChannels_8u_C4C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                    IppiSize roiSize, int const* dstOrder) {
+    // No step is tested: a zero step reads and writes the same row each time.
+    const IppStatus status =
+        firstFailure({nullCheck(pSrc, pDst, dstOrder),
+                      sizeCheck(roiSize),
+                      {dstOrder != nullptr && !orderFits(dstOrder, 4), ippStsChannelOrderErr}});
+    if (status != ippStsNoErr) return status;
+    forEachRun<Length>(
+        roiSize.width, roiSize.height,
+        [dstOrder](Length n, Byte const* s, Byte* d) { swapRun<4>(s, d, n, dstOrder); },
+        plane(pSrc, srcStep, 4), plane(pDst, dstStep, 3));
+    return ippStsNoErr;
+}
+
+}  // namespace nuv::prim::NUV_V
