@@ -101,8 +101,12 @@ TEST_P(CacheSize, StatusSizeAndLeavesAsked) {
     int size = -12345;
     EXPECT_EQ(ippGetMaxCacheSizeB(&size), c.status);
     EXPECT_EQ(size, c.size);
-    if (c.leaf2Calls >= 0) EXPECT_EQ(cpu().calls(2), c.leaf2Calls);
-    if (c.leaf4Calls >= 0) EXPECT_EQ(cpu().calls(4), c.leaf4Calls);
+    if (c.leaf2Calls >= 0) {
+        EXPECT_EQ(cpu().calls(2), c.leaf2Calls);
+    }
+    if (c.leaf4Calls >= 0) {
+        EXPECT_EQ(cpu().calls(4), c.leaf4Calls);
+    }
     // The answer, success or not, is kept for good: another processor later asks nothing.
     play(processors::northwood());
     size = -1;

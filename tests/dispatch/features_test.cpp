@@ -29,38 +29,6 @@ protected:
     }
 };
 
-TEST_F(FeatureWord, EachBitFromItsSource) {
-    struct Source {
-        bool inEcx;
-        int bit;
-        Ipp64u feature;
-    } const leaf1[] = {
-        {false, 23, ippCPUID_MMX},  {false, 25, ippCPUID_SSE},  {false, 26, ippCPUID_SSE2},
-        {true, 0, ippCPUID_SSE3},   {true, 9, ippCPUID_SSSE3},  {true, 22, ippCPUID_MOVBE},
-        {true, 19, ippCPUID_SSE41}, {true, 20, ippCPUID_SSE42}, {true, 28, ippCPUID_AVX},
-        {true, 25, ippCPUID_AES},   {true, 1, ippCPUID_CLMUL},  {true, 30, ippCPUID_RDRRAND},
-        {true, 29, ippCPUID_F16C}};
-    // All leaf-1 bits but OSXSAVE (no system AVX) and FMA (no AVX2), family 6.
-    const CpuRegs all{0x306C3, ~0u, ~((1u << 27) | (1u << 12)), ~0u};
-    Ipp64u every = 0;
-    for (Source const& s : leaf1) every |= s.feature;
-    EXPECT_EQ(detectOn(all), every);
-    for (Source const& s : leaf1) {
-        SCOPED_TRACE(s.bit);
-        CpuRegs only, allBut = all;
-        (s.inEcx ? only.ecx : only.edx) = 1u << s.bit;
-        (s.inEcx ? allBut.ecx : allBut.edx) &= ~(1u << s.bit);
-        EXPECT_EQ(detectOn(only), s.feature);
-        EXPECT_EQ(detectOn(allBut), every & ~s.feature);
-    }
-    // The coprocessor bit: EDX bit 1 of leaf 0x20000001, read for family 0xB (bits 11..8)
-    // alone.
-    EXPECT_EQ(detectOn({0x0FF03B10, 0, 0, 0}), ippCPUID_ABR);
-    for (Ipp32u eax : {0xA10u, 0xF10u, 0x310u, 0x0FF00010u, 0x3010u})
-        EXPECT_EQ(detectOn({eax, 0, 0, 0}), 0u) << eax;
-    EXPECT_EQ(cpu().calls(0x20000001u), 0);
-}
-
 TEST_F(FeatureWord, AvxNeedsTheSystemAndAvx2NeedsFmaAvx2Bmi1Bmi2) {
     const Ipp32u osxsave = 1u << 27, avx = 1u << 28;
     struct AvxCase {

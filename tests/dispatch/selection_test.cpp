@@ -16,7 +16,7 @@ namespace dispatch = nuv::prim::dispatch;
 
 struct Selection {
     Ipp32u index, lp;
-    Ipp64u mask, detected;
+    Ipp64u mask, detected = 0;
 };
 
 void expectSelection(Selection const& expected) {

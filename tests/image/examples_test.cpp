@@ -80,29 +80,6 @@ TEST(ZeroExamples, WordByteCountWrapsInThirtyTwoBits) {
     });
 }
 
-TEST(GeometryExamples, SmallPicturesMoveAsDrawn) {
-    forEachSlot([](int) {
-        const Ipp8u gray[4] = {1, 2, 3, 4};
-        Ipp8u out[4] = {};
-        ASSERT_EQ(ippiMirror_8u_C1R(gray, 2, out, 2, {2, 2}, 0), ippStsNoErr);
-        EXPECT_EQ(Bytes(out, out + 4), (Bytes{3, 4, 1, 2}));
-        ASSERT_EQ(ippiMirror_8u_C1R(gray, 2, out, 2, {2, 2}, 1), ippStsNoErr);
-        EXPECT_EQ(Bytes(out, out + 4), (Bytes{2, 1, 4, 3}));
-        ASSERT_EQ(ippiMirror_8u_C1R(gray, 2, out, 2, {2, 2}, 2), ippStsNoErr);
-        EXPECT_EQ(Bytes(out, out + 4), (Bytes{4, 3, 2, 1}));
-        // A three-channel pixel moves whole, its bytes in their order.
-        const Ipp8u bgr[6] = {1, 2, 3, 4, 5, 6};
-        Ipp8u flipped[6] = {};
-        ASSERT_EQ(ippiMirror_8u_C3R(bgr, 6, flipped, 6, {2, 1}, 1), ippStsNoErr);
-        EXPECT_EQ(Bytes(flipped, flipped + 6), (Bytes{4, 5, 6, 1, 2, 3}));
-        // Two rows of three become three rows of two.
-        const Ipp8u wide[6] = {1, 2, 3, 4, 5, 6};
-        Ipp8u tall[6] = {};
-        ASSERT_EQ(ippiTranspose_8u_C1R(wide, 3, tall, 2, {3, 2}), ippStsNoErr);
-        EXPECT_EQ(Bytes(tall, tall + 6), (Bytes{1, 4, 2, 5, 3, 6}));
-    });
-}
-
 // One region with one step goes to the in-place form through the copying stub: a forward
 // read with a backward write in one buffer would read bytes it had already overwritten.
 TEST(HandOver, OneRegionWithOneStepIsWorkedInPlace) {
