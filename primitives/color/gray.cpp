@@ -63,13 +63,7 @@ void grayRow(Byte const* s, Byte* d, int width) {
 
 IppStatus ippiRGBToGray_8u_C3C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                                  IppiSize roiSize) {
-    // Steps are not tested: zero repeats a row, negative walks upward.
-    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(roiSize)});
-    if (status != ippStsNoErr) return status;
-    forEachRow(
-        roiSize.width, roiSize.height, [](int n, Byte const* s, Byte* d) { grayRow(s, d, n); },
-        plane(pSrc, srcStep), plane(pDst, dstStep));
-    return ippStsNoErr;
+    return convertRows(pSrc, srcStep, pDst, dstStep, roiSize, grayRow);
 }
 
 }  // namespace nuv::prim::NUV_V

@@ -168,18 +168,6 @@ void toRgbRow(Byte const* s, Byte* d, int width) {
     for (; x < width; ++x) toRgbTail(s + 3 * x, d + 3 * x);
 }
 
-template <class Row>
-IppStatus convertRows(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep, IppiSize size,
-                      Row row) {
-    // Steps are not tested: zero repeats a row, negative walks upward.
-    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(size)});
-    if (status != ippStsNoErr) return status;
-    forEachRow(
-        size.width, size.height, [row](int n, Byte const* s, Byte* d) { row(s, d, n); },
-        plane(pSrc, srcStep), plane(pDst, dstStep));
-    return ippStsNoErr;
-}
-
 }  // namespace
 
 IppStatus ippiRGBToYCbCr_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,

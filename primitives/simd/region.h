@@ -96,4 +96,18 @@ inline void forEachRow(int width, int height, Run&& run, Plane<T>... planes) {
     for (int y = 0; y < height; ++y) run(width, planes.row(y)...);
 }
 
+// The entry of a conversion from one image to another whose steps are not tested (zero
+// repeats a row, negative walks upward): pointers, then the size; then row(src, dst, width)
+// once a row, top to bottom.
+template <class Row>
+inline IppStatus convertRows(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                             IppiSize size, Row&& row) {
+    const IppStatus status = firstFailure({nullCheck(pSrc, pDst), sizeCheck(size)});
+    if (status != ippStsNoErr) return status;
+    forEachRow(
+        size.width, size.height, [&row](int n, Byte const* s, Byte* d) { row(s, d, n); },
+        plane(pSrc, srcStep), plane(pDst, dstStep));
+    return ippStsNoErr;
+}
+
 }  // namespace nuv::prim::NUV_V::simd

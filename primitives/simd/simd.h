@@ -10,7 +10,10 @@
 //   floats.h     Floats<16> and Floats<32>: single-precision arithmetic, approximate
 //                reciprocals, compares and conversions; the same operations on one float
 //   channels.h   three-channel pixels to planes and back, 16 at a time (SSSE3)
-//   region.h     argument checks in order, row addressing, joining gap-free rows into runs
+//   pixelfloats.h  three-channel pixels as float planes, 4 or 8 at a time; a row as vector
+//                block and scalar tail
+//   region.h     argument checks in order, row addressing, joining gap-free rows into runs,
+//                the checked row walk of conversions
 //   policy.h     a family's per-generation strategy as a table of six rows
 //   streaming.h  when stores stream past the cache, by rule and cache query
 //
@@ -22,6 +25,7 @@
 #include "primitives/simd/lanes.h"
 #include "primitives/simd/floats.h"
 #include "primitives/simd/channels.h"
+#include "primitives/simd/pixelfloats.h"
 #include "primitives/simd/region.h"
 #include "primitives/simd/policy.h"
 #include "primitives/simd/streaming.h"
