@@ -26,7 +26,6 @@ Byte grayBlockPixel(Byte const* s) {
     return static_cast<Byte>(gray > 255 ? 255 : gray);
 }
 
-#if defined(__SSSE3__)
 using L = Lanes<16>;
 using V = L::V;
 
@@ -43,18 +42,14 @@ V grayWords(Planes const& rgb, bool high) {
     return L::shiftWordsRight<7>(L::addWordsSaturatedUnsigned(sum, L::words(64)));
 }
 void grayBlock16(Byte const* s, Byte* d) {
-    const V in[3] = {L::load(s), L::load(s + 16), L::load(s + 32)};
-    const Planes rgb = splitChannels(in);
+    const Planes rgb = loadChannels(s);
     L::store(d, L::narrow(grayWords(rgb, false), grayWords(rgb, true)));
 }
-#endif
 
 void grayRow(Byte const* s, Byte* d, int width) {
     const int block = width & ~(kBlockAlign - 1);
     int x = 0;
-#if defined(__SSSE3__)
     for (; x + 16 <= block; x += 16) grayBlock16(s + 3 * x, d + x);
-#endif
     for (; x < block; ++x) d[x] = grayBlockPixel(s + 3 * x);
     for (; x < width; ++x) d[x] = grayTail(s + 3 * x);
 }

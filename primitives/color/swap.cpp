@@ -98,6 +98,27 @@ struct BlockPlan {
 };
 #endif
 
+#if !defined(__SSSE3__)
+// Four-channel sources without byte shuffles, four pixels at a time: output byte c of each
+// 32-bit pixel is source byte order[c], isolated by a shift down and up to the top byte and
+// brought down to byte c; then the three bytes of each pixel are packed.
+struct QuadPlan {
+    V down[3];
+
+    explicit QuadPlan(int const* order) {
+        for (int c = 0; c < 3; ++c) down[c] = _mm_cvtsi32_si128(8 * order[c]);
+    }
+    void fourPixels(Byte const* s, Byte* d) const {
+        const V in = L::load(s);
+        V out = L::zero();
+        for (int c = 0; c < 3; ++c)
+            out = L::bitOr(out, _mm_srl_epi32(_mm_slli_epi32(_mm_srl_epi32(in, down[c]), 24),
+                                              _mm_cvtsi32_si128(24 - 8 * c)));
+        storeThreeOfFour(out, d);
+    }
+};
+#endif
+
 // One pixel: its channels are all read before any is written.
 void swapPixel(Byte const* s, Byte* d, int const* order) {
     const Byte c0 = s[order[0]], c1 = s[order[1]], c2 = s[order[2]];
@@ -109,7 +130,7 @@ void swapPixel(Byte const* s, Byte* d, int const* order) {
 template <int SrcPixel>
 void swapRun(Byte const* src, Byte* dst, Length n, int const* order) {
     Length x = 0;
-    // Without byte shuffles a four-channel source goes pixel by pixel.
+    // Without byte shuffles a four-channel source goes four pixels at a time, below.
     if constexpr (SrcPixel == 3 || kHasShuffles) {
         const BlockPlan<SrcPixel> plan(order);
         for (; x + kBlock <= n; x += kBlock) {
@@ -122,6 +143,12 @@ void swapRun(Byte const* src, Byte* dst, Length n, int const* order) {
             L::store(dst + 3 * x + 32, out2);
         }
     }
+#if !defined(__SSSE3__)
+    if constexpr (SrcPixel == 4) {
+        const QuadPlan plan(order);
+        for (; x + 4 <= n; x += 4) plan.fourPixels(src + 4 * x, dst + 3 * x);
+    }
+#endif
     for (; x < n; ++x) swapPixel(src + SrcPixel * x, dst + 3 * x, order);
 }
 

@@ -39,11 +39,41 @@ void toYCbCrBlockM7(Byte const* s, Byte* d) {
     d[2] = static_cast<Byte>(m7Channel(r, g, b, 14385, -12059, -2327, 2056));
 }
 
+using L = Lanes<16>;
+using V = L::V;
+
+// m7's block, 16 pixels: the products in 32 bits, r and g summed in word pairs.
+V m7Quarter(V rg, V b0, int wr, int wg, int wb, int offset) {
+    const V partial = L::shiftIntsRightSigned<11>(L::mulAddPairs(rg, L::wordPairs(wr, wg)));
+    const V blue = L::shiftIntsRightSigned<11>(L::mulAddPairs(b0, L::wordPairs(wb, 0)));
+    return L::shiftIntsRightSigned<4>(L::addInts(L::addInts(partial, blue), L::ints(offset)));
+}
+V m7Plane(V const (&rg)[4], V const (&b0)[4], int wr, int wg, int wb, int offset) {
+    V q[4];
+    for (int i = 0; i < 4; ++i) q[i] = m7Quarter(rg[i], b0[i], wr, wg, wb, offset);
+    return L::narrow(L::narrowInts(q[0], q[1]), L::narrowInts(q[2], q[3]));
+}
+void toYCbCrBlockM7x16(Byte const* s, Byte* d) {
+    const Planes rgb = loadChannels(s);
+    V rg[4], b0[4];
+    for (int half = 0; half < 2; ++half) {
+        const V r = half ? L::widenHigh(rgb.c[0]) : L::widenLow(rgb.c[0]);
+        const V g = half ? L::widenHigh(rgb.c[1]) : L::widenLow(rgb.c[1]);
+        const V b = half ? L::widenHigh(rgb.c[2]) : L::widenLow(rgb.c[2]);
+        rg[2 * half] = L::interleaveLow<16>(r, g);
+        rg[2 * half + 1] = L::interleaveHigh<16>(r, g);
+        b0[2 * half] = L::interleaveLow<16>(b, L::zero());
+        b0[2 * half + 1] = L::interleaveHigh<16>(b, L::zero());
+    }
+    const Planes ycc = {{m7Plane(rg, b0, 8421, 16515, 3211, 264),
+                         m7Plane(rg, b0, -4850, -9535, 14385, 2056),
+                         m7Plane(rg, b0, 14385, -12059, -2327, 2056)}};
+    storeChannels(ycc, d);
+}
+
 #if defined(__SSSE3__)
 // The later block, 16 pixels: rounded Q15 products of the channels scaled by 2^7, summed
 // with an offset of 16 or 128 plus 2/64, shifted with the sign: it floors.
-using L = Lanes<16>;
-using V = L::V;
 
 V q15(V x, int c) {
     return L::mulRoundedQ15(x, L::words(c));
@@ -67,8 +97,7 @@ void toYCbCrWords(Scaled const& x, V& y, V& cb, V& cr) {
     cr = L::shiftWordsRightSigned<6>(cr);
 }
 void toYCbCrBlock16(Byte const* s, Byte* d) {
-    const V in[3] = {L::load(s), L::load(s + 16), L::load(s + 32)};
-    const Planes rgb = splitChannels(in);
+    const Planes rgb = loadChannels(s);
     V lo[3], hi[3];
     for (int half = 0; half < 2; ++half) {
         const Scaled x{channelWords(rgb.c[0], half), channelWords(rgb.c[1], half),
@@ -78,11 +107,7 @@ void toYCbCrBlock16(Byte const* s, Byte* d) {
     }
     Planes ycc;
     for (int c = 0; c < 3; ++c) ycc.c[c] = L::narrow(lo[c], hi[c]);
-    V out[3];
-    joinChannels(ycc, out);
-    L::store(d, out[0]);
-    L::store(d + 16, out[1]);
-    L::store(d + 32, out[2]);
+    storeChannels(ycc, d);
 }
 #endif
 
@@ -93,7 +118,9 @@ void toYCbCrRow(Byte const* s, Byte* d, int width) {
         for (; x + 16 <= width; x += 16) toYCbCrBlock16(s + 3 * x, d + 3 * x);
 #endif
     } else {
-        for (; x < (width & ~7); ++x) toYCbCrBlockM7(s + 3 * x, d + 3 * x);
+        const int block = width & ~7;
+        for (; x + 16 <= block; x += 16) toYCbCrBlockM7x16(s + 3 * x, d + 3 * x);
+        for (; x < block; ++x) toYCbCrBlockM7(s + 3 * x, d + 3 * x);
     }
     for (; x < width; ++x) toYCbCrTail(s + 3 * x, d + 3 * x);
 }
@@ -124,7 +151,6 @@ void toRgbBlockPixel(Byte const* s, Byte* d) {
     d[2] = static_cast<Byte>(rgbChannel(y, u, v, 0, 16523));
 }
 
-#if defined(__SSSE3__)
 V rgbWords(V y, V u, V v, int wr, int wb) {
     V s = L::addWordsSaturated(y, L::mulHighWords(v, L::words(wr)));
     s = L::addWordsSaturated(s, L::mulHighWords(u, L::words(wb)));
@@ -136,8 +162,7 @@ V centred(V plane, bool high, int centre) {
         L::subWords(high ? L::widenHigh(plane) : L::widenLow(plane), L::words(centre)));
 }
 void toRgbBlock16(Byte const* s, Byte* d) {
-    const V in[3] = {L::load(s), L::load(s + 16), L::load(s + 32)};
-    const Planes ycc = splitChannels(in);
+    const Planes ycc = loadChannels(s);
     V lo[3], hi[3];
     for (int half = 0; half < 2; ++half) {
         const V y = L::mulHighWords(centred(ycc.c[0], half, 16), L::words(9536));
@@ -149,21 +174,14 @@ void toRgbBlock16(Byte const* s, Byte* d) {
     }
     Planes rgb;
     for (int c = 0; c < 3; ++c) rgb.c[c] = L::narrow(lo[c], hi[c]);
-    V out[3];
-    joinChannels(rgb, out);
-    L::store(d, out[0]);
-    L::store(d + 16, out[1]);
-    L::store(d + 32, out[2]);
+    storeChannels(rgb, d);
 }
-#endif
 
 // Blocks of 8 and one of 4 cover all but the last width & 3 pixels, in every generation.
 void toRgbRow(Byte const* s, Byte* d, int width) {
     const int block = width & ~3;
     int x = 0;
-#if defined(__SSSE3__)
     for (; x + 16 <= block; x += 16) toRgbBlock16(s + 3 * x, d + 3 * x);
-#endif
     for (; x < block; ++x) toRgbBlockPixel(s + 3 * x, d + 3 * x);
     for (; x < width; ++x) toRgbTail(s + 3 * x, d + 3 * x);
 }

@@ -113,6 +113,22 @@ struct Lanes<16> {
     static V shiftWordsRightSigned(V a) {
         return _mm_srai_epi16(a, N);
     }
+    // Pairs of signed words multiplied and summed into 32-bit integers: a0*b0 + a1*b1, ...
+    static V mulAddPairs(V a, V b) { return _mm_madd_epi16(a, b); }
+    // The word pair (low, high) in every 32-bit lane.
+    static V wordPairs(int low, int high) {
+        return _mm_set1_epi32(static_cast<int>((static_cast<unsigned>(high) << 16) |
+                                               (static_cast<unsigned>(low) & 0xFFFFu)));
+    }
+    static V ints(int value) { return _mm_set1_epi32(value); }
+    static V addInts(V a, V b) { return _mm_add_epi32(a, b); }
+    // 32-bit integers shifted right with their sign (floors).
+    template <int N>
+    static V shiftIntsRightSigned(V a) {
+        return _mm_srai_epi32(a, N);
+    }
+    // Signed 32-bit integers to signed words with saturation: low's four, then high's.
+    static V narrowInts(V low, V high) { return _mm_packs_epi32(low, high); }
     static V shiftWordsRight(V a, V count) { return _mm_srl_epi16(a, count); }
     template <int N>
     static V shiftWordsRight(V a) {

@@ -4,66 +4,11 @@
 // vector block of whole groups and a scalar tail. Part of the vector layer: see simd.h.
 #pragma once
 
+#include "primitives/simd/channels.h"
 #include "primitives/simd/floats.h"
-#include "primitives/simd/lanes.h"
 #include "primitives/simd/region.h"
 
 namespace nuv::prim::NUV_V::simd {
-
-namespace pixelMoves {
-
-using L = Lanes<16>;
-
-// 32-bit lanes a[i], a[j], b[k], b[l]: SSE2 has no 32-bit shuffle of two sources but the
-// float one, which moves bits unchanged.
-template <int I, int J, int K, int Lo>
-L::V pick(L::V a, L::V b) {
-    return _mm_castps_si128(
-        _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), _MM_SHUFFLE(Lo, K, J, I)));
-}
-
-}  // namespace pixelMoves
-
-// Four pixels to one vector of 32-bit integers per channel.
-inline void splitFour(Byte const* s, Lanes<16>::V (&c)[3]) {
-    using L = Lanes<16>;
-    using pixelMoves::pick;
-    const L::V bytes = L::loadLow12(s);
-#if defined(__SSSE3__)
-    c[0] = _mm_shuffle_epi8(
-        bytes, _mm_setr_epi8(0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1));
-    c[1] = _mm_shuffle_epi8(
-        bytes, _mm_setr_epi8(1, -1, -1, -1, 4, -1, -1, -1, 7, -1, -1, -1, 10, -1, -1, -1));
-    c[2] = _mm_shuffle_epi8(
-        bytes, _mm_setr_epi8(2, -1, -1, -1, 5, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1));
-#else
-    // Bytes 0-3, 4-7 and 8-11 as integers, then a transposition by lane picks.
-    const L::V low = _mm_unpacklo_epi8(bytes, L::zero()),
-               high = _mm_unpackhi_epi8(bytes, L::zero());
-    const L::V d0 = _mm_unpacklo_epi16(low, L::zero());   // r0 g0 b0 r1
-    const L::V d1 = _mm_unpackhi_epi16(low, L::zero());   // g1 b1 r2 g2
-    const L::V d2 = _mm_unpacklo_epi16(high, L::zero());  // b2 r3 g3 b3
-    c[0] = pick<0, 3, 0, 2>(d0, pick<2, 2, 1, 1>(d1, d2));
-    c[1] = pick<0, 2, 0, 2>(pick<1, 1, 0, 0>(d0, d1), pick<3, 3, 2, 2>(d1, d2));
-    c[2] = pick<0, 2, 0, 3>(pick<2, 2, 1, 1>(d0, d1), d2);
-#endif
-}
-
-// One vector of 32-bit integers per channel to four pixels, each value saturated to 0..255.
-inline void joinFour(Lanes<16>::V const (&c)[3], Byte* d) {
-    using L = Lanes<16>;
-    using pixelMoves::pick;
-#if defined(__SSSE3__)
-    const L::V planes = _mm_packus_epi16(_mm_packs_epi32(c[0], c[1]), _mm_packs_epi32(c[2], c[2]));
-    L::storeLow12(d, _mm_shuffle_epi8(planes, _mm_setr_epi8(0, 4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11,
-                                                            -1, -1, -1, -1)));
-#else
-    const L::V d0 = pick<0, 2, 0, 2>(pick<0, 0, 0, 0>(c[0], c[1]), pick<0, 0, 1, 1>(c[2], c[0]));
-    const L::V d1 = pick<0, 2, 0, 2>(pick<1, 1, 1, 1>(c[1], c[2]), pick<2, 2, 2, 2>(c[0], c[1]));
-    const L::V d2 = pick<0, 2, 0, 2>(pick<2, 2, 3, 3>(c[2], c[0]), pick<3, 3, 3, 3>(c[1], c[2]));
-    L::storeLow12(d, _mm_packus_epi16(_mm_packs_epi32(d0, d1), _mm_packs_epi32(d2, d2)));
-#endif
-}
 
 // Pixels as floats and integers back to pixels, at the width of a float lanes type: four
 // pixels for Floats<16>, eight for Floats<32>.
