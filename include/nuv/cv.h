@@ -11,6 +11,8 @@
 #include <nuv/cv/colorconversion.h>
 #include <nuv/cv/init.h>
 #include <nuv/cv/mirror.h>
+#include <nuv/cv/statistics.h>
+#include <nuv/cv/threshold.h>
 #include <nuv/cv/tools.h>
 #include <nuv/cv/transpose.h>
 #include <nuv/primitives.h>

@@ -53,6 +53,10 @@ typedef struct {
     int height;
 } IppiSize;
 
+/* Comparison codes; the thresholds take the less and greater codes only. */
+typedef int IppCmpOp;
+enum { ippCmpLess = 0, ippCmpLessEq = 1, ippCmpEq = 2, ippCmpGreaterEq = 3, ippCmpGreater = 4 };
+
 typedef struct {
     int x;
     int y;

@@ -101,6 +101,28 @@ struct Lanes<16> {
     static V average(V a, V b) { return _mm_avg_epu8(a, b); }
     static V minBytes(V a, V b) { return _mm_min_epu8(a, b); }
     static V maxBytes(V a, V b) { return _mm_max_epu8(a, b); }
+    // Sums of each eight bytes into the two 64-bit halves (no overflow is possible).
+    static V sumBytesByEights(V a) { return _mm_sad_epu8(a, zero()); }
+    static V addQuads(V a, V b) { return _mm_add_epi64(a, b); }
+    static std::uint64_t sumOfQuads(V a) {
+        return static_cast<std::uint64_t>(_mm_cvtsi128_si64(a)) +
+               static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(a, a)));
+    }
+    // The smallest and the largest of the 16 bytes.
+    static Byte smallestByte(V a) {
+        a = _mm_min_epu8(a, _mm_srli_si128(a, 8));
+        a = _mm_min_epu8(a, _mm_srli_si128(a, 4));
+        a = _mm_min_epu8(a, _mm_srli_si128(a, 2));
+        return static_cast<Byte>(lowInt(_mm_min_epu8(a, _mm_srli_si128(a, 1))));
+    }
+    static Byte largestByte(V a) {
+        a = _mm_max_epu8(a, _mm_srli_si128(a, 8));
+        a = _mm_max_epu8(a, _mm_srli_si128(a, 4));
+        a = _mm_max_epu8(a, _mm_srli_si128(a, 2));
+        return static_cast<Byte>(lowInt(_mm_max_epu8(a, _mm_srli_si128(a, 1))));
+    }
+    // Whether any byte of a compare's mask is set.
+    static bool any(V mask) { return _mm_movemask_epi8(mask) != 0; }
     static V addWords(V a, V b) { return _mm_add_epi16(a, b); }
     static V subWords(V a, V b) { return _mm_sub_epi16(a, b); }
     static V addWordsSaturated(V a, V b) { return _mm_adds_epi16(a, b); }
@@ -350,6 +372,24 @@ struct Lanes<32> {
     }
     static V maxBytes(V a, V b) {
         return _mm256_max_epu8(a, b);
+    }
+    static V sumBytesByEights(V a) {
+        return _mm256_sad_epu8(a, zero());
+    }
+    static V addQuads(V a, V b) {
+        return _mm256_add_epi64(a, b);
+    }
+    static std::uint64_t sumOfQuads(V a) {
+        return Lanes<16>::sumOfQuads(_mm_add_epi64(lowHalf(a), highHalf(a)));
+    }
+    static Byte smallestByte(V a) {
+        return Lanes<16>::smallestByte(_mm_min_epu8(lowHalf(a), highHalf(a)));
+    }
+    static Byte largestByte(V a) {
+        return Lanes<16>::largestByte(_mm_max_epu8(lowHalf(a), highHalf(a)));
+    }
+    static bool any(V mask) {
+        return _mm256_movemask_epi8(mask) != 0;
     }
     static V addWords(V a, V b) {
         return _mm256_add_epi16(a, b);

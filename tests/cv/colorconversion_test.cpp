@@ -145,16 +145,10 @@ TEST(Convert, BytesOfEachPath) {
     EXPECT_EQ(whole(nuv::cv::convert(bgra, Gray)), expected);
 }
 
-// Single conversions take any step and size; a zero size gives an image of that size.
-TEST(Convert, SingleConversions) {
-    const Bytes gray = {1, 2, 3, 9, 4, 5, 6, 9};
-    const Image rgb = nuv::cv::GrayToRGB(reinterpret_cast<char const*>(gray.data()), 4, Size(3, 2));
-    EXPECT_EQ(whole(rgb), (Bytes{1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5, 5, 5, 6, 6, 6}));
-    EXPECT_EQ(
-        nuv::cv::GrayToBGR(reinterpret_cast<char const*>(gray.data()), 4, Size(3, 2)).info().format,
-        RGB);
-    const Image empty =
-        nuv::cv::RGBtoHSV(reinterpret_cast<char const*>(gray.data()), 3, Size(0, 2));
+// A zero size gives an image of that size: the primitive's refusal is dropped.
+TEST(Convert, EmptySingleConversion) {
+    const char bytes[3] = {};
+    const Image empty = nuv::cv::RGBtoHSV(bytes, 3, Size(0, 2));
     EXPECT_EQ(empty.info().width, 0u);
     EXPECT_EQ(empty.info().height, 2u);
     EXPECT_EQ(empty.info().format, HSV);
