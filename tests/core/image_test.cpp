@@ -58,8 +58,10 @@ TEST(Image, CopiesShareUntilWrittenAndCopyEveryByte) {
     EXPECT_EQ(b.data(), before);
     b = a;
     b = b;
-    Image moved(std::move(b));
+    Image moved(std::move(b)), target;
     EXPECT_TRUE(moved.constData() == a.constData() && c.constData() == a.constData());
+    target = std::move(moved);
+    EXPECT_TRUE(target.constData() == a.constData() && moved.isNull());
 }
 
 // The count stays exact under copies on several threads (the sanitizer build checks it).
