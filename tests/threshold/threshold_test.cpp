@@ -1,7 +1,6 @@
 // Thresholds and constant compares through the shared sweep: each form against a plain
 // per-byte model over tables of bounds (bytes equal to a bound, bounds at 0 and 255, crossed
-// bounds, unknown modes and operations), the general forms' orders of checks, and the
-// examples that define them.
+// bounds, unknown modes and operations), and the general forms' orders of checks.
 #include "support/bodies.h"
 #include "support/sweep.h"
 
@@ -70,18 +69,7 @@ Comparison const comparisons[] = {{0, {0, 0, 0}},       {0, {128, 1, 255}}, {1, 
 std::vector<int> const allComparisons = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
 
 bool compares(int op, int x, int v) {
-    switch (op) {
-        case 0:
-            return x < v;
-        case 1:
-            return x <= v;
-        case 2:
-            return x == v;
-        case 3:
-            return x >= v;
-        default:
-            return x > v;
-    }
+    return op == 0 ? x < v : op == 1 ? x <= v : op == 2 ? x == v : op == 3 ? x >= v : x > v;
 }
 
 template <int Channels>
@@ -129,20 +117,9 @@ auto const bandC3IR = [](auto f, Call const& c) {
 auto const clipC1Mode = [](auto f, Call const& c) {
     return f(c.src1, c.src1Step, c.dst, c.dstStep, c.size, boundsOf(c).t[0], boundsOf(c).mode);
 };
-auto const clipC3Mode = [](auto f, Call const& c) {
-    return f(c.src1, c.src1Step, c.dst, c.dstStep, c.size, boundsOf(c).t, boundsOf(c).mode);
-};
 auto const valueC1Mode = [](auto f, Call const& c) {
     Bounds const& b = boundsOf(c);
     return f(c.src1, c.src1Step, c.dst, c.dstStep, c.size, b.t[0], b.v[0], b.mode);
-};
-auto const valueC3Mode = [](auto f, Call const& c) {
-    Bounds const& b = boundsOf(c);
-    return f(c.src1, c.src1Step, c.dst, c.dstStep, c.size, b.t, b.v, b.mode);
-};
-auto const bandC3 = [](auto f, Call const& c) {
-    Bounds const& b = boundsOf(c);
-    return f(c.src1, c.src1Step, c.dst, c.dstStep, c.size, b.t, b.v, b.t2, b.v2);
 };
 auto const compareC1 = [](auto f, Call const& c) {
     Comparison const& k = comparisons[c.arg];
@@ -185,17 +162,8 @@ std::vector<SweepCase> const& cases() {
         {NUV_CASE(ippiThreshold_8u_C1R, clipC1Mode, 1, 1),
          thresholdModel<Kind::clip, 1, false>,
          {}},
-        {NUV_CASE(ippiThreshold_8u_C3R, clipC3Mode, 1, 3),
-         thresholdModel<Kind::clip, 3, false>,
-         {}},
         {NUV_CASE(ippiThreshold_Val_8u_C1R, valueC1Mode, 1, 1),
          thresholdModel<Kind::value, 1, false, -1, true>,
-         {}},
-        {NUV_CASE(ippiThreshold_Val_8u_C3R, valueC3Mode, 1, 3),
-         thresholdModel<Kind::value, 3, false, -1, true>,
-         {}},
-        {NUV_CASE(ippiThreshold_LTValGTVal_8u_C3R, bandC3, 1, 3),
-         thresholdModel<Kind::band, 3, false>,
          {}},
         {"ippiCompareC_8u_C1R",
          callOf(bodies::ippiCompareC_8u_C1R, compareC1),
@@ -260,6 +228,8 @@ TEST_P(ThresholdSweep, NullBoundArrays) {
     if (value >= 0) {
         EXPECT_EQ(bodies::ippiThreshold_Val_8u_C3R[value](img, 6, img, 6, {2, 2}, t, nullptr, 0),
                   ippStsNullPtrErr);
+        EXPECT_EQ(bodies::ippiThreshold_Val_8u_C3R[value](nullptr, 0, img, 0, {0, 0}, t, t, 7),
+                  ippStsNotSupportedModeErr);
     }
     if (band >= 0) {
         EXPECT_EQ(
