@@ -4,10 +4,7 @@
 // its own value byte. All comparisons are unsigned. An operation above 4 (or negative, as the
 // test is unsigned) is a silent success that writes nothing.
 //
-// Unsigned order needs no sign trick: x <= v exactly where min(x, v) is x. Less than v is
-// less or equal to v - 1, and greater than v is greater or equal to v + 1; the one-channel
-// form answers "below 0" and "above 255" with a fill before it gets there, and the
-// three-channel form, which has no such cases, keeps them as the complement of the other.
+// Unsigned order needs no sign trick: x <= v exactly where min(x, v) is x.
 #include "primitives/simd/simd.h"
 
 namespace nuv::prim::NUV_V {
@@ -31,19 +28,6 @@ typename L::V holds(typename L::V x, typename L::V c, Op op) {
 }
 bool holds(Byte x, Byte c, Op op) {
     return op == lessOrEqual ? x <= c : op == greaterOrEqual ? x >= c : x == c;
-}
-
-// Less and greater as less-or-equal and greater-or-equal of a neighbouring value; false if no
-// value qualifies, which the one-channel form has already answered by a fill.
-bool asInclusive(Op& op, int& value) {
-    if (op == less) {
-        op = lessOrEqual;
-        value -= 1;
-    } else if (op == greater) {
-        op = greaterOrEqual;
-        value += 1;
-    }
-    return value >= 0 && value <= 255;
 }
 
 template <class L>
@@ -80,6 +64,48 @@ void compareRowC3(Byte const* s, Byte* d, int n, Byte const (&value)[3], Op op, 
     }
 }
 
+// Rows of a region through a row worker; C3 sources are three bytes a pixel.
+template <int Channels, class Row>
+void compareRows(Byte const* src, int srcStep, Byte* dst, int dstStep, int width, int height,
+                 Row row) {
+    forEachRun(width, height, row, plane(src, srcStep, Channels), plane(dst, dstStep, 1));
+}
+
+// The workers, with the arguments value, source, step, destination, step, width, height.
+// Less than v is less or equal to v - 1 and greater than v greater or equal to v + 1: the
+// entry has answered v = 0 and v = 255 before.
+#define NUV_C1_WORKER(name, op, shift)                                                        \
+    void name(Byte value, Byte const* src, int srcStep, Byte* dst, int dstStep, int width,    \
+              int height) {                                                                   \
+        const Byte v = static_cast<Byte>(value + (shift));                                    \
+        compareRows<1>(src, srcStep, dst, dstStep, width, height,                             \
+                       [v](int n, Byte const* s, Byte* d) { compareRowC1(s, d, n, v, op); }); \
+    }
+NUV_C1_WORKER(ownpi_CmpCLT_8u_C1R, lessOrEqual, -1)
+NUV_C1_WORKER(ownpi_CmpCLE_8u_C1R, lessOrEqual, 0)
+NUV_C1_WORKER(ownpi_CmpCEQ_8u_C1R, equal, 0)
+NUV_C1_WORKER(ownpi_CmpCGE_8u_C1R, greaterOrEqual, 0)
+NUV_C1_WORKER(ownpi_CmpCGT_8u_C1R, greaterOrEqual, 1)
+#undef NUV_C1_WORKER
+
+// The three-channel names tell the relation from the value's side, the mirror of the
+// one-channel names: CmpCGT holds where the value is greater than the source. Strict
+// relations are the complements of inclusive ones, so no value is out of their reach.
+#define NUV_C3_WORKER(name, op, inverted)                                                         \
+    void name(Byte const* value, Byte const* src, int srcStep, Byte* dst, int dstStep, int width, \
+              int height) {                                                                       \
+        Byte const v[3] = {value[0], value[1], value[2]};                                         \
+        compareRows<3>(                                                                           \
+            src, srcStep, dst, dstStep, width, height,                                            \
+            [&v](int n, Byte const* s, Byte* d) { compareRowC3(s, d, n, v, op, inverted); });     \
+    }
+NUV_C3_WORKER(ownpi_CmpCGT_8u_C3R, greaterOrEqual, true)
+NUV_C3_WORKER(ownpi_CmpCGE_8u_C3R, lessOrEqual, false)
+NUV_C3_WORKER(ownpi_CmpCEQ_8u_C3R, equal, false)
+NUV_C3_WORKER(ownpi_CmpCLE_8u_C3R, greaterOrEqual, false)
+NUV_C3_WORKER(ownpi_CmpCLT_8u_C3R, lessOrEqual, true)
+#undef NUV_C3_WORKER
+
 IppStatus checks(Ipp8u const* pSrc, int srcStep, Ipp8u const* value, Ipp8u* pDst, int dstStep,
                  IppiSize roiSize) {
     return firstFailure({nullCheck(pSrc, pDst, value),
@@ -97,13 +123,11 @@ IppStatus ippiCompareC_8u_C1R(Ipp8u const* pSrc, int srcStep, Ipp8u value, Ipp8u
     // Nothing is below 0 and nothing above 255.
     if ((op == less && value == 0) || (op == greater && value == 255))
         return ippiSet_8u_C1R(0, pDst, dstStep, roiSize);
-    Op inclusive = static_cast<Op>(op);
-    int v = value;
-    asInclusive(inclusive, v);
-    forEachRun(
-        roiSize.width, roiSize.height,
-        [&](int n, Byte const* s, Byte* d) { compareRowC1(s, d, n, Byte(v), inclusive); },
-        plane(pSrc, srcStep), plane(pDst, dstStep));
+    using Worker = void (*)(Byte, Byte const*, int, Byte*, int, int, int);
+    static constexpr Worker workers[5] = {ownpi_CmpCLT_8u_C1R, ownpi_CmpCLE_8u_C1R,
+                                          ownpi_CmpCEQ_8u_C1R, ownpi_CmpCGE_8u_C1R,
+                                          ownpi_CmpCGT_8u_C1R};
+    workers[op](value, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
     return ippStsNoErr;
 }
 
@@ -112,14 +136,11 @@ IppStatus ippiCompareC_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u const value[
     const IppStatus status = checks(pSrc, srcStep, value, pDst, dstStep, roiSize);
     if (status != ippStsNoErr) return status;
     if (static_cast<unsigned>(op) > 4) return ippStsNoErr;
-    // Less is "not greater or equal", greater "not less or equal": no value is out of reach.
-    const bool inverted = op == less || op == greater;
-    const Op inclusive = op == less ? greaterOrEqual : op == greater ? lessOrEqual : Op(op);
-    Byte const bytes[3] = {value[0], value[1], value[2]};
-    forEachRun(
-        roiSize.width, roiSize.height,
-        [&](int n, Byte const* s, Byte* d) { compareRowC3(s, d, n, bytes, inclusive, inverted); },
-        plane(pSrc, srcStep, 3), plane(pDst, dstStep, 1));
+    using Worker = void (*)(Byte const*, Byte const*, int, Byte*, int, int, int);
+    static constexpr Worker workers[5] = {ownpi_CmpCGT_8u_C3R, ownpi_CmpCGE_8u_C3R,
+                                          ownpi_CmpCEQ_8u_C3R, ownpi_CmpCLE_8u_C3R,
+                                          ownpi_CmpCLT_8u_C3R};
+    workers[op](value, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
     return ippStsNoErr;
 }
 

@@ -144,6 +144,35 @@ void byMode(Mode mode, Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
     }
 }
 
+// The byte workers, one- and three-channel: source, step, destination, step, size, then the
+// bounds (upper before lower in the band workers).
+void ownippiThreshold_8u_C1(Byte const* s, int ss, Byte* d, int ds, IppiSize size, Byte t, Mode m) {
+    byMode<Clip>(m, s, ss, d, ds, size, 1, {Cycle(&t, 1)});
+}
+void ownippiThreshold_8u_C3(Byte const* s, int ss, Byte* d, int ds, IppiSize size, Byte const* t,
+                            Mode m) {
+    byMode<Clip>(m, s, ss, d, ds, size, 3, {Cycle(t, 3)});
+}
+void ownippiThreshold_V_8u_C1(Byte const* s, int ss, Byte* d, int ds, IppiSize size, Byte t, Byte v,
+                              Mode m) {
+    byMode<Replace>(m, s, ss, d, ds, size, 1, {Cycle(&t, 1), Cycle(&v, 1)});
+}
+void ownippiThreshold_V_8u_C3(Byte const* s, int ss, Byte* d, int ds, IppiSize size, Byte const* t,
+                              Byte const* v, Mode m) {
+    byMode<Replace>(m, s, ss, d, ds, size, 3, {Cycle(t, 3), Cycle(v, 3)});
+}
+void ownippiThreshold_GLV_8u_C1(Byte const* s, int ss, Byte* d, int ds, IppiSize size, Byte tGT,
+                                Byte vGT, Byte tLT, Byte vLT) {
+    thresholdRows<Band, 4>(s, ss, d, ds, size, 1,
+                           {Cycle(&tLT, 1), Cycle(&vLT, 1), Cycle(&tGT, 1), Cycle(&vGT, 1)});
+}
+void ownippiThreshold_GLV_8u_C3(Byte const* s, int ss, Byte* d, int ds, IppiSize size,
+                                Byte const* tGT, Byte const* vGT, Byte const* tLT,
+                                Byte const* vLT) {
+    thresholdRows<Band, 4>(s, ss, d, ds, size, 3,
+                           {Cycle(tLT, 3), Cycle(vLT, 3), Cycle(tGT, 3), Cycle(vGT, 3)});
+}
+
 }  // namespace
 
 // ---- the general forms
@@ -155,8 +184,7 @@ IppStatus ippiThreshold_8u_C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int 
                                            stepCheck(srcStep, dstStep),
                                            {!knownMode(ippCmpOp), ippStsNotSupportedModeErr}});
     if (status != ippStsNoErr) return status;
-    byMode<Clip>(modeOf(ippCmpOp), pSrc, srcStep, pDst, dstStep, roiSize, 1,
-                 {Cycle(&threshold, 1)});
+    ownippiThreshold_8u_C1(pSrc, srcStep, pDst, dstStep, roiSize, threshold, modeOf(ippCmpOp));
     return ippStsNoErr;
 }
 
@@ -168,7 +196,7 @@ IppStatus ippiThreshold_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int 
                                            nullCheck(threshold),
                                            {!knownMode(ippCmpOp), ippStsNotSupportedModeErr}});
     if (status != ippStsNoErr) return status;
-    byMode<Clip>(modeOf(ippCmpOp), pSrc, srcStep, pDst, dstStep, roiSize, 3, {Cycle(threshold, 3)});
+    ownippiThreshold_8u_C3(pSrc, srcStep, pDst, dstStep, roiSize, threshold, modeOf(ippCmpOp));
     return ippStsNoErr;
 }
 
@@ -185,8 +213,8 @@ IppStatus ippiThreshold_Val_8u_C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, 
                                            sizeCheck(roiSize),
                                            stepCheck(srcStep, dstStep)});
     if (status != ippStsNoErr) return status;
-    byMode<Replace>(modeOf(ippCmpOp), pSrc, srcStep, pDst, dstStep, roiSize, 1,
-                    {Cycle(&threshold, 1), Cycle(&value, 1)});
+    ownippiThreshold_V_8u_C1(pSrc, srcStep, pDst, dstStep, roiSize, threshold, value,
+                             modeOf(ippCmpOp));
     return ippStsNoErr;
 }
 
@@ -199,8 +227,8 @@ IppStatus ippiThreshold_Val_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, 
                                            stepCheck(srcStep, dstStep),
                                            nullCheck(threshold, value)});
     if (status != ippStsNoErr) return status;
-    byMode<Replace>(modeOf(ippCmpOp), pSrc, srcStep, pDst, dstStep, roiSize, 3,
-                    {Cycle(threshold, 3), Cycle(value, 3)});
+    ownippiThreshold_V_8u_C3(pSrc, srcStep, pDst, dstStep, roiSize, threshold, value,
+                             modeOf(ippCmpOp));
     return ippStsNoErr;
 }
 
@@ -212,9 +240,8 @@ IppStatus ippiThreshold_LTValGTVal_8u_C1R(Ipp8u const* pSrc, int srcStep, Ipp8u*
                                            stepCheck(srcStep, dstStep),
                                            {thresholdGT < thresholdLT, ippStsThresholdErr}});
     if (status != ippStsNoErr) return status;
-    thresholdRows<Band, 4>(
-        pSrc, srcStep, pDst, dstStep, roiSize, 1,
-        {Cycle(&thresholdLT, 1), Cycle(&valueLT, 1), Cycle(&thresholdGT, 1), Cycle(&valueGT, 1)});
+    ownippiThreshold_GLV_8u_C1(pSrc, srcStep, pDst, dstStep, roiSize, thresholdGT, valueGT,
+                               thresholdLT, valueLT);
     return ippStsNoErr;
 }
 
@@ -228,9 +255,8 @@ IppStatus ippiThreshold_LTValGTVal_8u_C3R(Ipp8u const* pSrc, int srcStep, Ipp8u*
     if (status != ippStsNoErr) return status;
     for (int c = 0; c < 3; ++c)
         if (thresholdGT[c] < thresholdLT[c]) return ippStsThresholdErr;
-    thresholdRows<Band, 4>(
-        pSrc, srcStep, pDst, dstStep, roiSize, 3,
-        {Cycle(thresholdLT, 3), Cycle(valueLT, 3), Cycle(thresholdGT, 3), Cycle(valueGT, 3)});
+    ownippiThreshold_GLV_8u_C3(pSrc, srcStep, pDst, dstStep, roiSize, thresholdGT, valueGT,
+                               thresholdLT, valueLT);
     return ippStsNoErr;
 }
 
