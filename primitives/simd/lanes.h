@@ -127,6 +127,7 @@ struct Lanes<16> {
     static V subWords(V a, V b) { return _mm_sub_epi16(a, b); }
     static V addWordsSaturated(V a, V b) { return _mm_adds_epi16(a, b); }
     static V addWordsSaturatedUnsigned(V a, V b) { return _mm_adds_epu16(a, b); }
+    static V subWordsSaturatedUnsigned(V a, V b) { return _mm_subs_epu16(a, b); }
     // The high 16 bits of the 32-bit products of words, signed or unsigned.
     static V mulHighWords(V a, V b) { return _mm_mulhi_epi16(a, b); }
     static V mulHighWordsUnsigned(V a, V b) { return _mm_mulhi_epu16(a, b); }
