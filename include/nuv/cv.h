@@ -8,7 +8,9 @@
 #include <nuv/cv/SegmentList.h>
 #include <nuv/cv/Segmenter.h>
 #include <nuv/cv/addition.h>
+#include <nuv/cv/canny.h>
 #include <nuv/cv/colorconversion.h>
+#include <nuv/cv/filter.h>
 #include <nuv/cv/init.h>
 #include <nuv/cv/mirror.h>
 #include <nuv/cv/statistics.h>

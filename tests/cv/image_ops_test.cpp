@@ -2,6 +2,7 @@
 // every slot, their exact small examples, the refusals with their messages, and init.
 #include <nuv/cv.h>
 
+#include "support/images.h"
 #include "support/log_capture.h"
 #include "support/slots.h"
 
@@ -15,6 +16,8 @@
 #include <vector>
 
 namespace {
+
+using nuv::test::packedPixels;
 
 using namespace nuv::core::image;
 using nuv::core::Line;
@@ -35,15 +38,6 @@ Image numbered(ImageInfo const& info, unsigned step = 0, std::mt19937* rng = nul
             image.data()[y * image.step() + x] =
                 static_cast<unsigned char>(rng ? (*rng)() : y * 31 + x * 7 + 3);
     return image;
-}
-
-// The image's rows without padding.
-Bytes packedOf(Image const& image) {
-    Bytes bytes;
-    for (unsigned y = 0; y < image.info().height; ++y)
-        bytes.insert(bytes.end(), image.constData() + y * image.step(),
-                     image.constData() + y * image.step() + image.info().rowBytes());
-    return bytes;
 }
 
 // Result pixel (x, y) of a region w x h comes from region pixel source(x, y, w, h).
@@ -72,7 +66,7 @@ TEST(ImageGeometry, RegionsMatchThePlainModelAtEverySlot) {
         for (Format format : {Gray, BGR, HSV})
             for (unsigned step : {0u, 100u}) {
                 Image source = numbered(ImageInfo(21, 9, format), step);
-                Bytes const before = packedOf(source);
+                Bytes const before = packedPixels(source);
                 addLine(source, Line(0, 0, 5, 5));
                 unsigned const n = source.info().numChannels;
                 for (Roi const& region : regions) {
@@ -102,7 +96,7 @@ TEST(ImageGeometry, RegionsMatchThePlainModelAtEverySlot) {
                                     log.lines().empty());
                     }
                 }
-                EXPECT_EQ(packedOf(source), before);
+                EXPECT_EQ(packedPixels(source), before);
             }
     });
 }
@@ -182,13 +176,13 @@ TEST(Addition, RoundedMeanOfTheRegions) {
             ImageInfo const info(width, 5, format);
             Image a = numbered(info, 0, &rng);
             Image b = numbered(info, info.rowBytes() + 13, &rng);
-            Bytes const before = packedOf(a);
+            Bytes const before = packedPixels(a);
             nuv::test::LogCapture log;
             expectMean(nuv::cv::addition(a, b), a, b, width, 5);
             setRoi(a, Roi(Point(width / 2, 3), Size(2, 2)));
             setRoi(b, Roi(Point(1, 1), Size(1, 1)));
             expectMean(nuv::cv::addition(a, b), a, b, std::min(width, 2u), 2);
-            EXPECT_EQ(packedOf(a), before);
+            EXPECT_EQ(packedPixels(a), before);
             EXPECT_TRUE(log.lines().empty());
         }
 }

@@ -3,6 +3,7 @@
 // wrap by 127, crossed bounds), the worked numbers, and the refusals with their messages.
 #include <nuv/cv.h>
 
+#include "support/images.h"
 #include "support/log_capture.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +14,8 @@
 #include <vector>
 
 namespace {
+
+using nuv::test::packedPixels;
 
 using namespace nuv::core::image;
 using nuv::core::Point;
@@ -31,7 +34,7 @@ Image framed(Format format, std::mt19937& rng, Bytes const& palette = {}) {
     setRoi(image, Roi(Point(2, 1), Size(9, 4)));
     return image;
 }
-// The region's bytes, or the whole of an image, without padding.
+// The region's bytes without padding.
 Bytes regionOf(Image const& image) {
     const unsigned n = image.info().numChannels;
     Bytes bytes;
@@ -40,30 +43,22 @@ Bytes regionOf(Image const& image) {
                      image.constData() + y * 64 + 11 * n);
     return bytes;
 }
-Bytes whole(Image const& image) {
-    Bytes bytes;
-    for (unsigned y = 0; y < image.info().height; ++y)
-        bytes.insert(bytes.end(), image.constData() + y * image.step(),
-                     image.constData() + y * image.step() + image.info().rowBytes());
-    return bytes;
-}
-
 TEST(Threshold, RegionsAgainstTheBoundClampedToAByte) {
     std::mt19937 rng(1);
     for (Format format : {Gray, RGB, HSV})
         for (auto [t, v] : {std::pair{100, 7}, {300, -1}, {-5, 256}, {0, 9}, {255, 3}}) {
             const Image image = framed(format, rng);
-            const Bytes before = whole(image), in = regionOf(image);
+            const Bytes before = packedPixels(image), in = regionOf(image);
             const int tc = std::clamp(t, 0, 255), vc = std::clamp(v, 0, 255);
             Bytes lt = in, gt = in;
             for (auto& x : lt) x = x < tc ? vc : x;
             for (auto& x : gt) x = x > tc ? vc : x;
             const Image a = nuv::cv::thresholdLT(image, t, v),
                         b = nuv::cv::thresholdGT(image, t, v);
-            EXPECT_EQ(whole(a), lt) << t << " " << v;
-            EXPECT_EQ(whole(b), gt) << t << " " << v;
+            EXPECT_EQ(packedPixels(a), lt) << t << " " << v;
+            EXPECT_EQ(packedPixels(b), gt) << t << " " << v;
             EXPECT_EQ(a.info().format, format);
-            EXPECT_EQ(whole(image), before);
+            EXPECT_EQ(packedPixels(image), before);
         }
     nuv::test::LogCapture log;
     EXPECT_TRUE(nuv::cv::thresholdLT(framed(BGRA, rng), 1, 1).isNull());
@@ -113,13 +108,13 @@ TEST(InRange, RegionsAgainstTheModelOfItsThreePasses) {
                 lower.append(bounds[rng() % 9]);
                 upper.append(bounds[rng() % 9]);
             }
-            const Bytes before = whole(image);
+            const Bytes before = packedPixels(image);
             const Image mask = nuv::cv::inRange(image, lower, upper);
             ASSERT_EQ(mask.info().format, Gray);
-            EXPECT_EQ(whole(mask),
+            EXPECT_EQ(packedPixels(mask),
                       rangeModel(regionOf(image), n, format == HSV || format == HLS, lower, upper))
                 << friendlyName(format) << " lower " << lower[0] << " upper " << upper[0];
-            EXPECT_EQ(whole(image), before);
+            EXPECT_EQ(packedPixels(image), before);
         }
 }
 
@@ -130,7 +125,7 @@ TEST(InRange, WrappedHues) {
     for (int h = 0; h < 256; ++h)
         hsv.data()[3 * h] = h, hsv.data()[3 * h + 1] = hsv.data()[3 * h + 2] = 9;
     auto passing = [&](int lo, int hi) {
-        const Bytes mask = whole(nuv::cv::inRange(hsv, {lo, 0, 0}, {hi, 255, 255}));
+        const Bytes mask = packedPixels(nuv::cv::inRange(hsv, {lo, 0, 0}, {hi, 255, 255}));
         std::string runs;
         for (int h = 0; h < 256; ++h) {
             if (mask[h] && (h == 0 || !mask[h - 1]))

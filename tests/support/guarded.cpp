@@ -3,6 +3,14 @@
 #include <cstdlib>
 #include <cstring>
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#define NUV_POISON(on, p, n) \
+    ((on) ? ASAN_POISON_MEMORY_REGION(p, n) : ASAN_UNPOISON_MEMORY_REGION(p, n))
+#else
+#define NUV_POISON(on, p, n) ((void)(on), (void)(p), (void)(n))
+#endif
+
 namespace nuv::test {
 
 GuardedImage::GuardedImage(int rowBytes, int height, Layout layout)
@@ -27,6 +35,7 @@ GuardedImage::GuardedImage(int rowBytes, int height, Layout layout)
 }
 
 GuardedImage::~GuardedImage() {
+    forbidOutside(false);
     std::free(_block);
 }
 
@@ -63,6 +72,16 @@ bool GuardedImage::guardsIntact() const {
         if (!untouched(rowEnd, next)) return false;
     }
     return true;
+}
+
+void GuardedImage::forbidOutside(bool forbidden) const {
+    const std::ptrdiff_t distance = _step < 0 ? -_step : _step;
+    NUV_POISON(forbidden, _block, _lowest - _block);
+    for (int k = 0; k < _height; ++k) {
+        std::uint8_t* rowEnd = _lowest + k * distance + _rowBytes;
+        std::uint8_t* next = k + 1 < _height ? _lowest + (k + 1) * distance : _block + _blockSize;
+        NUV_POISON(forbidden, rowEnd, next - rowEnd);
+    }
 }
 
 std::vector<Layout> standardLayouts(std::mt19937& rng) {

@@ -43,6 +43,9 @@ public:
     std::vector<std::uint8_t> packed() const;
     // True if no byte outside the rows (padding and the guards) has changed.
     bool guardsIntact() const;
+    // With AddressSanitizer, makes any read of the guards and padding a report until called
+    // with false (a granule's leading bytes before a row stay readable); elsewhere nothing.
+    void forbidOutside(bool forbidden) const;
 
 private:
     int _rowBytes;

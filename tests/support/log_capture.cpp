@@ -5,9 +5,12 @@
 namespace nuv::test {
 
 LogCapture::LogCapture() {
-    nuv::core::Log::singleton().setSink([this](std::string const& line) { _lines.push_back(line); });
+    nuv::core::Log::singleton().setSink(
+        [this](std::string const& line) { _lines.push_back(line); });
 }
 
-LogCapture::~LogCapture() { nuv::core::Log::singleton().setSink({}); }
+LogCapture::~LogCapture() {
+    nuv::core::Log::singleton().setSink({});
+}
 
 }  // namespace nuv::test

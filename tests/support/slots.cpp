@@ -25,12 +25,18 @@ std::vector<int> executableSlots() {
 std::string variantOfSlot(int slot, char const* slot2, char const* slot3) {
     switch (slot) {
         case 0:
-        case 1: return "m7";
-        case 2: return slot2;
-        case 3: return slot3;
-        case 4: return "y8";
-        case 5: return "e9";
-        default: return "l9";
+        case 1:
+            return "m7";
+        case 2:
+            return slot2;
+        case 3:
+            return slot3;
+        case 4:
+            return "y8";
+        case 5:
+            return "e9";
+        default:
+            return "l9";
     }
 }
 
@@ -38,6 +44,8 @@ ScopedSlot::ScopedSlot(int slot) : _saved(ippJumpIndexForMergedLibs) {
     ippJumpIndexForMergedLibs = static_cast<Ipp32u>(slot);
 }
 
-ScopedSlot::~ScopedSlot() { ippJumpIndexForMergedLibs = _saved; }
+ScopedSlot::~ScopedSlot() {
+    ippJumpIndexForMergedLibs = _saved;
+}
 
 }  // namespace nuv::test

@@ -34,8 +34,11 @@ namespace {
 struct Shape {
     int rowBytes, rows;
 };
-Shape sourceShape(SweepCase const& c, IppiSize s) {
-    return {s.width * c.srcPixelBytes, s.height};
+Margins marginsOf(SweepCase const& c, int arg) {
+    return c.sourceMargins ? c.sourceMargins(arg) : Margins{0, 0, 0, 0};
+}
+Shape sourceShape(SweepCase const& c, IppiSize s, Margins m) {
+    return {(s.width + m.left + m.right) * c.srcPixelBytes, s.height + m.top + m.bottom};
 }
 Shape destinationShape(SweepCase const& c, IppiSize s) {
     return c.transposed ? Shape{s.height * c.dstPixelBytes, s.width}
@@ -51,7 +54,9 @@ void expectModel(SweepCase const& c, Generation g, int slot, IppiSize size, int 
                  " off " + std::to_string(srcLayout.misalign) + (srcLayout.negative ? " up" : "") +
                  "} dst{pad " + std::to_string(dstLayout.padding) + " off " +
                  std::to_string(dstLayout.misalign) + (dstLayout.negative ? " up" : "") + "}");
-    const Shape in = sourceShape(c, size), out = destinationShape(c, size);
+    const Margins margins = marginsOf(c, arg);
+    const Shape in = sourceShape(c, size, margins), out = destinationShape(c, size);
+    if (in.rowBytes < 1 || in.rows < 1) return;  // no source fits this region
     std::vector<std::unique_ptr<GuardedImage>> sources;
     std::vector<Bytes> packedSources;
     // A second source takes the destination's layout, so the two sources differ in alignment.
@@ -66,16 +71,21 @@ void expectModel(SweepCase const& c, Generation g, int slot, IppiSize size, int 
     const Bytes before = dst.packed();
     Bytes expected;
     Call call{nullptr, 0, nullptr, 0, dst.first(), dst.step(), size, arg};
-    if (c.sources > 0) call.src1 = sources[0]->first(), call.src1Step = sources[0]->step();
+    if (c.sources > 0)
+        call.src1 = sources[0]->row(margins.top) + margins.left * c.srcPixelBytes,
+        call.src1Step = sources[0]->step();
     if (c.sources > 1) call.src2 = sources[1]->first(), call.src2Step = sources[1]->step();
     const IppStatus status =
         c.model({g, packedSources, before, size, arg, call.src1Step, call.dstStep}, expected);
-    ASSERT_EQ(c.call(slot, call), status);
+    for (auto const& source : sources) source->forbidOutside(true);
+    const IppStatus got = c.call(slot, call);
+    for (auto const& source : sources) source->forbidOutside(false);
+    ASSERT_EQ(got, status);
     if (status != ippStsNoErr) expected = before;
-    const Bytes got = dst.packed();
-    if (got != expected) {
-        const auto at = std::mismatch(got.begin(), got.end(), expected.begin()).first;
-        FAIL() << "first wrong byte at " << (at - got.begin()) << " of " << got.size();
+    const Bytes bytes = dst.packed();
+    if (bytes != expected) {
+        const auto at = std::mismatch(bytes.begin(), bytes.end(), expected.begin()).first;
+        FAIL() << "first wrong byte at " << (at - bytes.begin()) << " of " << bytes.size();
     }
     EXPECT_TRUE(dst.guardsIntact());
     for (int k = 0; k < c.sources; ++k) {

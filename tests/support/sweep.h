@@ -59,6 +59,12 @@ struct ModelInput {
     int srcStep, dstStep;  // for families that refuse some steps
 };
 
+// Pixels of source around the region on each side: filters read beyond their region, and a
+// border copy's source is smaller than its destination (negative margins).
+struct Margins {
+    int left, top, right, bottom;
+};
+
 struct SweepCase {
     std::string name;  // the primitive, as in the dispatch lists
     std::function<IppStatus(int slot, Call const&)> call;
@@ -71,6 +77,9 @@ struct SweepCase {
     // Expected status, and on success the expected packed destination in `expected`.
     std::function<IppStatus(ModelInput const&, Bytes& expected)> model;
     std::vector<IppiSize> largeSizes;  // regions that pass the streaming bounds
+    // The source block around the region by argument; null for sources of the region's size.
+    // Reads outside the block are sanitizer reports, and the model sees the whole block.
+    std::function<Margins(int arg)> sourceMargins = nullptr;
 };
 
 // Builds a case's call from a body table of the dispatch lists and an adapter from Call to

@@ -1,0 +1,87 @@
+// Neighbourhood filters on whole images: the predefined 3x3 Sobel operators, replicated
+// borders, and minimum and maximum filters of any mask size.
+#pragma once
+
+#include <nuv/core/Point.h>
+#include <nuv/core/Size.h>
+#include <nuv/core/image/Image.h>
+#include <nuv/primitives.h>
+
+#include <string>
+
+namespace nuv::cv::filter {
+
+enum PredefindedFilter_t {
+    PredefindedFilterNone = 0,  // no filtering: a copy
+    PredefindedFilterSobelHoriz3x3 = 1,
+    PredefindedFilterSobelVert3x3 = 2,
+};
+
+// "SobelHoriz3x3", "SobelVert3x3", and "Undefined filter" for none and for unknown values.
+std::string friendlyName(PredefindedFilter_t type);
+
+// A mask's size and its reference cell, counted from the top-left cell. Nothing checks that
+// the anchor lies in the mask.
+struct Kernel {
+    Kernel(unsigned int width, unsigned int height, unsigned int x, unsigned int y)
+        : size(width, height), anchor(static_cast<int>(x), static_cast<int>(y)) {}
+    nuv::core::Size size;
+    nuv::core::Point anchor;
+};
+
+// Selects the primitive pair of a rank filter; the base does nothing and returns -2.
+class Filter {
+public:
+    virtual ~Filter() = default;
+    virtual int filter_8u_C1R(unsigned char const* src, int srcStep, unsigned char* dst,
+                              int dstStep, IppiSize dstRoi, IppiSize mask, IppiPoint anchor) const;
+    virtual int filter_8u_C3R(unsigned char const* src, int srcStep, unsigned char* dst,
+                              int dstStep, IppiSize dstRoi, IppiSize mask, IppiPoint anchor) const;
+};
+
+class FilterMin : public Filter {
+public:
+    int filter_8u_C1R(unsigned char const* src, int srcStep, unsigned char* dst, int dstStep,
+                      IppiSize dstRoi, IppiSize mask, IppiPoint anchor) const override;
+    int filter_8u_C3R(unsigned char const* src, int srcStep, unsigned char* dst, int dstStep,
+                      IppiSize dstRoi, IppiSize mask, IppiPoint anchor) const override;
+};
+
+class FilterMax : public Filter {
+public:
+    int filter_8u_C1R(unsigned char const* src, int srcStep, unsigned char* dst, int dstStep,
+                      IppiSize dstRoi, IppiSize mask, IppiPoint anchor) const override;
+    int filter_8u_C3R(unsigned char const* src, int srcStep, unsigned char* dst, int dstStep,
+                      IppiSize dstRoi, IppiSize mask, IppiPoint anchor) const override;
+};
+
+// The predefined filter `type`; none gives a copy of the source, an unknown type is logged
+// and gives the null image.
+nuv::core::image::Image filter(nuv::core::image::Image const& source, PredefindedFilter_t type,
+                               bool border);
+
+// The 3x3 Sobel operators on one- or three-channel images, saturated to a byte, so one sign
+// survives: the horizontal one answers bright below dark, the vertical one bright left of
+// dark. With `border` the source's region gets a replicated border of one pixel first and
+// the result has the region's size; without, the whole image is filtered where every
+// neighbour exists and the result is 2 smaller each way. A source (bordered source) under
+// 4x4 is logged and gives an unwritten image of its own size.
+nuv::core::image::Image sobelHoriz3x3(nuv::core::image::Image const& source, bool border);
+nuv::core::image::Image sobelVert3x3(nuv::core::image::Image const& source, bool border);
+
+// The source's region with a border that repeats its edge pixels: anchor.y rows on top,
+// anchor.x columns on the left, and the rest of the mask's cells at right and bottom.
+nuv::core::image::Image replicateBorder(nuv::core::image::Image const& source,
+                                        Kernel const& kernel);
+
+// Minimum and maximum over a mask centred on each pixel, evaluated only where the mask fits
+// in the region, so the result is mask - 1 smaller each way. An even mask side is raised by
+// one. A region not larger than the mask in both directions gives the null image.
+nuv::core::image::Image min(nuv::core::image::Image const& source, nuv::core::Size const& mask);
+nuv::core::image::Image max(nuv::core::image::Image const& source, nuv::core::Size const& mask);
+
+}  // namespace nuv::cv::filter
+
+// The rank filters' worker: `filter` picks the primitives.
+nuv::core::image::Image filter(nuv::cv::filter::Filter const& filter,
+                               nuv::core::image::Image const& source, nuv::core::Size const& mask);
