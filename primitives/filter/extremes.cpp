@@ -20,20 +20,24 @@ struct Extreme {
     static Byte of(Byte a, Byte b) { return Max ? (a > b ? a : b) : (a < b ? a : b); }
 };
 
-// buffer[i] = extreme of area[i + k * ch] over k in 0..taps-1, for i in 0..n-1.
-template <class E, class L>
+// buffer[i] = extreme of area[i + k * ch] over k in 0..taps-1, for i in 0..n-1. `Taps` fixes
+// the count at compile time for the common small masks (0: taken from `taps`), so that the
+// scan unrolls.
+template <class E, class L, int Taps>
 int rowVectors(Byte const* area, Byte* out, int i, int n, int taps, int ch) {
+    const int count = Taps ? Taps : taps;
     for (; i + L::width <= n; i += L::width) {
         typename L::V acc = L::load(area + i);
-        for (int k = 1; k < taps; ++k) acc = E::template of<L>(acc, L::load(area + i + k * ch));
+        for (int k = 1; k < count; ++k) acc = E::template of<L>(acc, L::load(area + i + k * ch));
         L::store(out + i, acc);
     }
     return i;
 }
-template <class E>
+template <class E, int Taps>
 void rowPass(Byte const* area, Byte* out, int n, int taps, int ch) {
-    int i = rowVectors<E, IntLanes>(area, out, 0, n, taps, ch);
-    if constexpr (IntLanes::width > 16) i = rowVectors<E, Lanes<16>>(area, out, i, n, taps, ch);
+    int i = rowVectors<E, IntLanes, Taps>(area, out, 0, n, taps, ch);
+    if constexpr (IntLanes::width > 16)
+        i = rowVectors<E, Lanes<16>, Taps>(area, out, i, n, taps, ch);
     for (; i < n; ++i) {
         Byte acc = area[i];
         for (int k = 1; k < taps; ++k) acc = E::of(acc, area[i + k * ch]);
@@ -42,27 +46,41 @@ void rowPass(Byte const* area, Byte* out, int n, int taps, int ch) {
 }
 
 // dst[i] = extreme of the ring's rows at i.
-template <class E, class L>
+template <class E, class L, int Rows>
 int columnVectors(Byte const* ring, int ringStep, int rows, Byte* dst, int i, int n) {
+    const int count = Rows ? Rows : rows;
     for (; i + L::width <= n; i += L::width) {
         typename L::V acc = L::load(ring + i);
-        for (int j = 1; j < rows; ++j)
+        for (int j = 1; j < count; ++j)
             acc = E::template of<L>(acc, L::load(ring + static_cast<Offset>(j) * ringStep + i));
         L::store(dst + i, acc);
     }
     return i;
 }
-template <class E>
+template <class E, int Rows>
 void columnPass(Byte const* ring, int ringStep, int rows, Byte* dst, int n) {
-    int i = columnVectors<E, IntLanes>(ring, ringStep, rows, dst, 0, n);
+    int i = columnVectors<E, IntLanes, Rows>(ring, ringStep, rows, dst, 0, n);
     if constexpr (IntLanes::width > 16)
-        i = columnVectors<E, Lanes<16>>(ring, ringStep, rows, dst, i, n);
+        i = columnVectors<E, Lanes<16>, Rows>(ring, ringStep, rows, dst, i, n);
     for (; i < n; ++i) {
         Byte acc = ring[i];
         for (int j = 1; j < rows; ++j)
             acc = E::of(acc, ring[static_cast<Offset>(j) * ringStep + i]);
         dst[i] = acc;
     }
+}
+
+using RowPass = void (*)(Byte const*, Byte*, int, int, int);
+using ColumnPass = void (*)(Byte const*, int, int, Byte*, int);
+
+// The passes for a mask side: unrolled for 3 and 5, general otherwise.
+template <class E>
+RowPass rowPassFor(int taps) {
+    return taps == 3 ? rowPass<E, 3> : taps == 5 ? rowPass<E, 5> : rowPass<E, 0>;
+}
+template <class E>
+ColumnPass columnPassFor(int rows) {
+    return rows == 3 ? columnPass<E, 3> : rows == 5 ? columnPass<E, 5> : columnPass<E, 0>;
 }
 
 template <class E>
@@ -74,14 +92,16 @@ IppStatus filterRows(Byte const* src, int srcStep, Byte* dst, int dstStep, IppiS
     if (ring == nullptr) return ippStsMemAllocErr;
     // The mask area of the first destination row, from its top-left corner.
     Byte const* area = rowAt(src, srcStep, -anchor.y) - anchor.x * ch;
+    const RowPass rowPass = rowPassFor<E>(mask.width);
+    const ColumnPass columnPass = columnPassFor<E>(mask.height);
     for (int j = 0; j < mask.height - 1; ++j)
-        rowPass<E>(rowAt(area, srcStep, j), ring + static_cast<Offset>(j) * ringStep, rowBytes,
-                   mask.width, ch);
+        rowPass(rowAt(area, srcStep, j), ring + static_cast<Offset>(j) * ringStep, rowBytes,
+                mask.width, ch);
     int cursor = mask.height - 1;  // the oldest row is overwritten next
     for (int y = 0; y < roi.height; ++y) {
-        rowPass<E>(rowAt(area, srcStep, y + mask.height - 1),
-                   ring + static_cast<Offset>(cursor) * ringStep, rowBytes, mask.width, ch);
-        columnPass<E>(ring, ringStep, mask.height, rowAt(dst, dstStep, y), rowBytes);
+        rowPass(rowAt(area, srcStep, y + mask.height - 1),
+                ring + static_cast<Offset>(cursor) * ringStep, rowBytes, mask.width, ch);
+        columnPass(ring, ringStep, mask.height, rowAt(dst, dstStep, y), rowBytes);
         cursor = cursor + 1 == mask.height ? 0 : cursor + 1;
     }
     ippsFree(ring);
