@@ -5,7 +5,10 @@
 // row, then the top rows from the first. The one-channel form of the later generations builds
 // every destination row in one downward pass from its source row, reading no destination
 // byte. The in-place forms fill the border around a source that already lies in the buffer.
+// Rows move by this generation's run copy, a one-channel fill by memset.
 #include "primitives/image/copy_runs.h"
+
+#include <cstring>
 
 namespace nuv::prim::NUV_V {
 namespace {
@@ -17,16 +20,20 @@ constexpr bool kOnePass = ofThisGeneration(onePassOfGeneration);
 
 // `count` copies of the pixel at p (one or three bytes) from d on.
 void fillPixels(Byte* d, Byte const* p, int channels, int count) {
+    if (channels == 1) {
+        std::memset(d, *p, static_cast<std::size_t>(count));
+        return;
+    }
     using L = Lanes<16>;
-    int n = count * channels;
-    if (n >= 48) {
+    if (count >= 16) {
         Byte pattern[48];
-        for (int i = 0; i < 48; ++i) pattern[i] = p[i % channels];
+        for (int i = 0; i < 48; i += 3)
+            pattern[i] = p[0], pattern[i + 1] = p[1], pattern[i + 2] = p[2];
         const L::V v[3] = {L::load(pattern), L::load(pattern + 16), L::load(pattern + 32)};
-        for (; n >= 48; n -= 48, d += 48)
+        for (; count >= 16; count -= 16, d += 48)
             for (int k = 0; k < 3; ++k) L::store(d + 16 * k, v[k]);
     }
-    for (int i = 0; i < n; ++i) d[i] = p[i % channels];
+    for (; count > 0; --count, d += 3) d[0] = p[0], d[1] = p[1], d[2] = p[2];
 }
 
 struct Borders {
@@ -37,13 +44,13 @@ struct Borders {
 // One destination row from its source row: left fill, the row, right fill.
 void buildRow(Byte const* s, Byte* d, Borders const& b) {
     fillPixels(d, s, b.channels, b.left);
-    copyRunAlignedStores(s, d + b.left * b.channels, b.srcWidth * b.channels, false);
+    copyRun(s, d + b.left * b.channels, b.srcWidth * b.channels, false);
     fillPixels(d + (b.left + b.srcWidth) * b.channels, s + (b.srcWidth - 1) * b.channels,
                b.channels, b.right);
 }
 
 void copyRow(Byte const* s, Byte* d, int n) {
-    copyRunAlignedStores(s, d, n, false);
+    copyRun(s, d, n, false);
 }
 
 void replicate(Byte const* src, int srcStep, IppiSize srcRoi, Byte* dst, int dstStep,
