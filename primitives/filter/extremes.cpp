@@ -20,17 +20,27 @@ struct Extreme {
     static Byte of(Byte a, Byte b) { return Max ? (a > b ? a : b) : (a < b ? a : b); }
 };
 
+// The extreme of `count` vectors p, p + stride, ...: four a pass, so that neither the loop
+// nor the chain of dependent operations grows with the mask.
+template <class E, class L>
+typename L::V extremeOf(Byte const* p, Offset stride, int count) {
+    auto of = [](typename L::V a, typename L::V b) { return E::template of<L>(a, b); };
+    typename L::V acc = L::load(p);
+    int k = 1;
+    for (; k + 4 <= count; k += 4, p += 4 * stride)
+        acc = of(acc, of(of(L::load(p + stride), L::load(p + 2 * stride)),
+                         of(L::load(p + 3 * stride), L::load(p + 4 * stride))));
+    for (; k < count; ++k) acc = of(acc, L::load(p += stride));
+    return acc;
+}
+
 // buffer[i] = extreme of area[i + k * ch] over k in 0..taps-1, for i in 0..n-1. `Taps` fixes
 // the count at compile time for the common small masks (0: taken from `taps`), so that the
 // scan unrolls.
 template <class E, class L, int Taps>
 int rowVectors(Byte const* area, Byte* out, int i, int n, int taps, int ch) {
-    const int count = Taps ? Taps : taps;
-    for (; i + L::width <= n; i += L::width) {
-        typename L::V acc = L::load(area + i);
-        for (int k = 1; k < count; ++k) acc = E::template of<L>(acc, L::load(area + i + k * ch));
-        L::store(out + i, acc);
-    }
+    for (; i + L::width <= n; i += L::width)
+        L::store(out + i, extremeOf<E, L>(area + i, ch, Taps ? Taps : taps));
     return i;
 }
 template <class E, int Taps>
@@ -48,13 +58,8 @@ void rowPass(Byte const* area, Byte* out, int n, int taps, int ch) {
 // dst[i] = extreme of the ring's rows at i.
 template <class E, class L, int Rows>
 int columnVectors(Byte const* ring, int ringStep, int rows, Byte* dst, int i, int n) {
-    const int count = Rows ? Rows : rows;
-    for (; i + L::width <= n; i += L::width) {
-        typename L::V acc = L::load(ring + i);
-        for (int j = 1; j < count; ++j)
-            acc = E::template of<L>(acc, L::load(ring + static_cast<Offset>(j) * ringStep + i));
-        L::store(dst + i, acc);
-    }
+    for (; i + L::width <= n; i += L::width)
+        L::store(dst + i, extremeOf<E, L>(ring + i, ringStep, Rows ? Rows : rows));
     return i;
 }
 template <class E, int Rows>
