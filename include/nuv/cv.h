@@ -12,6 +12,7 @@
 #include <nuv/cv/colorconversion.h>
 #include <nuv/cv/filter.h>
 #include <nuv/cv/init.h>
+#include <nuv/cv/labelmarkers.h>
 #include <nuv/cv/mirror.h>
 #include <nuv/cv/statistics.h>
 #include <nuv/cv/threshold.h>

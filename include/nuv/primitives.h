@@ -62,6 +62,20 @@ typedef struct {
     int y;
 } IppiPoint;
 
+typedef struct {
+    int x;
+    int y;
+    int width;
+    int height;
+} IppiRect;
+
+/* What a flood fill did: pixels written, the fill value in value[0], the bounding box. */
+typedef struct {
+    Ipp64f area;
+    Ipp64f value[3];
+    IppiRect rect;
+} IppiFillRegion;
+
 /* ---- selection and dispatch ------------------------------------------------------- */
 
 /* Slot read by every stub; the host may write it directly. */

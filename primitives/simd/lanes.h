@@ -123,6 +123,8 @@ struct Lanes<16> {
     }
     // Whether any byte of a compare's mask is set.
     static bool any(V mask) { return _mm_movemask_epi8(mask) != 0; }
+    // The top bit of each byte, byte 0 in bit 0.
+    static int byteMask(V mask) { return _mm_movemask_epi8(mask); }
     static V addWords(V a, V b) { return _mm_add_epi16(a, b); }
     static V subWords(V a, V b) { return _mm_sub_epi16(a, b); }
     static V addWordsSaturated(V a, V b) { return _mm_adds_epi16(a, b); }
