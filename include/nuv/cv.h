@@ -3,6 +3,7 @@
 
 #include <nuv/core.h>
 #include <nuv/cv/Exception.h>
+#include <nuv/cv/HoughTransform.h>
 #include <nuv/cv/Segment.h>
 #include <nuv/cv/SegmentColorIndex.h>
 #include <nuv/cv/SegmentList.h>

@@ -76,6 +76,13 @@ typedef struct {
     IppiRect rect;
 } IppiFillRegion;
 
+/* As an argument, the steps of the Hough space's axes; as a result, one line
+ * x cos(theta) + y sin(theta) = rho. */
+typedef struct {
+    Ipp32f rho;
+    Ipp32f theta;
+} IppiRhoTheta;
+
 /* ---- selection and dispatch ------------------------------------------------------- */
 
 /* Slot read by every stub; the host may write it directly. */

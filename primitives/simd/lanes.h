@@ -147,6 +147,8 @@ struct Lanes<16> {
     }
     static V ints(int value) { return _mm_set1_epi32(value); }
     static V addInts(V a, V b) { return _mm_add_epi32(a, b); }
+    // Signed 32-bit compare: all ones where a > b.
+    static V greaterInts(V a, V b) { return _mm_cmpgt_epi32(a, b); }
     // 32-bit integers shifted right with their sign (floors).
     template <int N>
     static V shiftIntsRightSigned(V a) {
