@@ -4,6 +4,8 @@
 #include <nuv/core.h>
 #include <nuv/cv/Exception.h>
 #include <nuv/cv/HoughTransform.h>
+#include <nuv/cv/LineDetector.h>
+#include <nuv/cv/MatchTemplate.h>
 #include <nuv/cv/Segment.h>
 #include <nuv/cv/SegmentColorIndex.h>
 #include <nuv/cv/SegmentList.h>

@@ -99,6 +99,23 @@ private:
         return i - 1;
     }
 
+    // n bytes of the new value from d: 16 at a time, the last block overlapping the one
+    // before, 8 and single bytes below 16.
+    void write(Byte* d, int n) const {
+        const L::V value = L::bytes(_n);
+        if (n >= 16) {
+            for (int i = 0; i + 16 < n; i += 16) L::store(d + i, value);
+            L::store(d + n - 16, value);
+            return;
+        }
+        if (n >= 8) {
+            L::storeLow(d, value);
+            L::storeLow(d + n - 8, value);
+            return;
+        }
+        for (int i = 0; i < n; ++i) d[i] = _n;
+    }
+
     // Writes the new value over the whole run through (x, y), whose pixel has the old value.
     Run fillRun(int y, int x) {
         Byte* r = row(y);
@@ -106,7 +123,7 @@ private:
         int left = x;
         while (left > 0 && r[left - 1] == _v) r[--left] = _n;
         const int right = runEnd(r, x);
-        std::memset(r + x + 1, _n, static_cast<std::size_t>(right - x));
+        write(r + x + 1, right - x);
         return {left, right};
     }
 
