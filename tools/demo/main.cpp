@@ -1,9 +1,14 @@
 // The nuv demo: what the processor offers and which primitive generation the library picks
-// for it and why; then colour segmentation of a camera frame with trained classes: the
-// largest region of each class, its size, centre and runs, the time per frame at the
-// baseline slot and at the selected one, and an annotated picture of the result.
+// for it and why; then every capability of the library on a camera frame (segmentation by
+// trained classes, HSV conversion feeding the segmenter, a range mask with a wrapped hue,
+// Sobel and Canny edges, min and max filters, labelled components, Hough lines, the line
+// detector, template matching): what each finds, its time per frame at slot 0 and at the
+// selected slot beside the OpenCV call that does the same job, an annotated picture each and
+// a contact sheet of them all.
 //
-//   nuv_demo [--image frame.png] [--classes classes.txt] [--out segments.png]
+//   nuv_demo [--image frame.png] [--classes classes.txt] [--out-dir DIR]
+#include "showcase.h"
+
 #include <nuv/core.h>
 #include <nuv/cv.h>
 
@@ -28,7 +33,7 @@ using nuv::core::image::ImageInfo;
 struct Options {
     std::string image = NUV_DATA_DIR "/frame.png";
     std::string classes = NUV_DATA_DIR "/classes.txt";
-    std::string out = "nuv_demo_segments.png";
+    std::string outDir = ".";
 };
 
 bool parse(int argc, char** argv, Options& options) {
@@ -37,8 +42,8 @@ bool parse(int argc, char** argv, Options& options) {
         const bool hasValue = i + 1 < argc;
         if (arg == "--image" && hasValue) {
             options.image = argv[++i];
-        } else if (arg == "--out" && hasValue) {
-            options.out = argv[++i];
+        } else if (arg == "--out-dir" && hasValue) {
+            options.outDir = argv[++i];
         } else if (arg == "--classes" && hasValue) {
             options.classes = argv[++i];
         } else {
@@ -79,59 +84,11 @@ char const* whySlot(int slot) {
     }
 }
 
-// Wraps a decoded BGR picture in a library image, row by row through the copy primitive.
-Image toImage(cv::Mat const& mat) {
-    Image image(ImageInfo(mat.cols, mat.rows, nuv::core::image::BGR));
-    const IppiSize size = {mat.cols, mat.rows};
-    ippiCopy_8u_C3R(mat.data, static_cast<int>(mat.step), image.data(),
-                    static_cast<int>(image.step()), size);
-    return image;
-}
-
 std::string readFile(std::string const& path) {
     std::ifstream in(path);
     std::stringstream text;
     text << in.rdbuf();
     return in ? text.str() : std::string();
-}
-
-// Median time of one call of `work`, in microseconds, with the index word set to `slot`.
-template <class Work>
-double medianMicroseconds(int slot, int rounds, Work work) {
-    const Ipp32u saved = ippJumpIndexForMergedLibs;
-    ippJumpIndexForMergedLibs = static_cast<Ipp32u>(slot);
-    std::vector<double> times;
-    for (int i = 0; i < rounds; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        const auto stop = std::chrono::steady_clock::now();
-        times.push_back(std::chrono::duration<double, std::micro>(stop - start).count());
-    }
-    ippJumpIndexForMergedLibs = saved;
-    std::nth_element(times.begin(), times.begin() + times.size() / 2, times.end());
-    return times[times.size() / 2];
-}
-
-// A class's mean colour holds channel 0 in r, 1 in g, 2 in b: the picture's own byte order.
-cv::Scalar pictureColor(nuv::core::Color const& color) {
-    return cv::Scalar(color.r(), color.g(), color.b());
-}
-
-// Each region's runs in its class's colour over a dimmed frame, its centre marked and its
-// name written beside it.
-cv::Mat annotate(cv::Mat const& picture, nuv::core::image::SegmentList const& regions) {
-    cv::Mat canvas = picture * 0.45;
-    for (auto it = regions.constBegin(); it != regions.constEnd(); ++it) {
-        if (it->pixelCount == 0) continue;
-        const cv::Scalar color = pictureColor(it->color);
-        for (auto line = it->lines.constBegin(); line != it->lines.constEnd(); ++line)
-            cv::line(canvas, {line->x0(), line->y0()}, {line->x1(), line->y1()}, color);
-        const cv::Point center(it->center.x(), it->center.y());
-        cv::drawMarker(canvas, center, cv::Scalar(255, 255, 255), cv::MARKER_CROSS, 18, 2);
-        cv::putText(canvas, it->name, center + cv::Point(12, -10), cv::FONT_HERSHEY_SIMPLEX, 0.6,
-                    cv::Scalar(255, 255, 255), 2, cv::LINE_AA);
-    }
-    return canvas;
 }
 
 }  // namespace
@@ -140,7 +97,7 @@ int main(int argc, char** argv) {
     Options options;
     if (!parse(argc, argv, options)) {
         std::fprintf(stderr,
-                     "usage: %s [--image frame.png] [--classes classes.txt] [--out out.png]\n",
+                     "usage: %s [--image frame.png] [--classes classes.txt] [--out-dir DIR]\n",
                      argv[0]);
         return 2;
     }
@@ -191,49 +148,30 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    const Image frame = toImage(picture);
-    nuv::cv::Segmenter segmenter;
-    segmenter.setColorSegments(classes);
+    nuv::demo::Frame frame{picture, nuv::demo::toImage(picture), classes, slot};
     std::printf("\nFrame %s: %dx%d, %d classes from %s\n", options.image.c_str(), picture.cols,
                 picture.rows, classes.size(), options.classes.c_str());
+    std::printf("Times are medians per frame: slot 0, slot %d, and OpenCV on one thread.\n", slot);
+    cv::setNumThreads(1);
 
-    const Image result = segmenter.doSegmentation(frame);
-    const nuv::core::image::SegmentList regions = nuv::core::image::segmentList(result);
-    std::printf("\n  %-10s %8s %12s %6s\n", "class", "pixels", "centre", "runs");
-    for (auto it = regions.constBegin(); it != regions.constEnd(); ++it) {
-        if (it->pixelCount == 0) {
-            std::printf("  %-10s %8s\n", it->name.c_str(), "not found");
-            continue;
+    const std::vector<nuv::demo::Shown> shown = nuv::demo::showEverything(frame);
+    for (nuv::demo::Shown const& s : shown) {
+        std::printf("\n%s\n", s.title.c_str());
+        for (std::string const& fact : s.facts) std::printf("  %s\n", fact.c_str());
+        std::printf("  %.0f us, %.0f us; OpenCV %.0f us (%s)\n", s.slot0, s.selected, s.opencv,
+                    s.opencvCall.c_str());
+        const std::string file = options.outDir + "/nuv_demo_" + s.key + ".png";
+        if (!cv::imwrite(file, s.picture)) {
+            std::fprintf(stderr, "cannot write %s\n", file.c_str());
+            return 1;
         }
-        const std::string centre =
-            "(" + std::to_string(it->center.x()) + ", " + std::to_string(it->center.y()) + ")";
-        std::printf("  %-10s %8u %12s %6d\n", it->name.c_str(), it->pixelCount, centre.c_str(),
-                    it->lines.size());
     }
-
-    const int rounds = 300;
-    const auto segment = [&] { segmenter.doSegmentation(frame); };
-    const double baseline = medianMicroseconds(0, rounds, segment);
-    const double selected = medianMicroseconds(slot, rounds, segment);
-    std::printf(
-        "\nSegmentation, median of %d frames: slot 0 %.0f us (%.0f frames/s), slot %d "
-        "%.0f us (%.0f frames/s)\n",
-        rounds, baseline, 1e6 / baseline, slot, selected, 1e6 / selected);
-
-    // The region copy that every frame starts with, on the central quarter of the frame.
-    Image framed = frame;
-    nuv::core::image::setRoi(framed,
-                             nuv::core::Roi(nuv::core::Point(picture.cols / 4, picture.rows / 4),
-                                            nuv::core::Size(picture.cols / 2, picture.rows / 2)));
-    const auto cut = [&] { nuv::cv::copyRoi(framed); };
-    std::printf("Region copy of %dx%d, median of %d: slot 0 %.2f us, slot %d %.2f us\n",
-                picture.cols / 2, picture.rows / 2, 2000, medianMicroseconds(0, 2000, cut), slot,
-                medianMicroseconds(slot, 2000, cut));
-
-    if (!cv::imwrite(options.out, annotate(picture, regions))) {
-        std::fprintf(stderr, "cannot write %s\n", options.out.c_str());
+    const std::string sheet = options.outDir + "/nuv_demo_sheet.png";
+    if (!cv::imwrite(sheet, nuv::demo::contactSheet(shown, slot))) {
+        std::fprintf(stderr, "cannot write %s\n", sheet.c_str());
         return 1;
     }
-    std::printf("Wrote the annotated frame to %s\n", options.out.c_str());
+    std::printf("\nWrote nuv_demo_<capability>.png for each and the contact sheet %s\n",
+                sheet.c_str());
     return 0;
 }

@@ -1,6 +1,7 @@
 // Draws the frame that the demo and the benchmarks use: a table top with a few coloured
-// objects, soft light from one side and sensor noise, as a camera on an inspection rig
-// would see it. The output is deterministic, so the bundled file can be made again.
+// objects, a strip of tape and a printed marker, soft light from one side and sensor noise,
+// as a camera on an inspection rig would see it. The output is deterministic, so the bundled file
+// can be made again.
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -33,6 +34,15 @@ int main(int argc, char** argv) {
     cv::fillConvexPoly(frame, polygon, {35, 35, 200}, cv::LINE_AA);
     std::vector<cv::Point> cone = {{90, 150}, {150, 40}, {210, 150}};
     cv::fillConvexPoly(frame, cone, {60, 170, 40}, cv::LINE_AA);
+
+    // A strip of dark tape across the bottom rows, for the line detector, and a printed
+    // checker marker, for template matching.
+    cv::rectangle(frame, {556, 392}, {566, height - 1}, {38, 40, 42}, cv::FILLED);
+    for (int cy = 0; cy < 4; ++cy)
+        for (int cx = 0; cx < 4; ++cx)
+            cv::rectangle(frame, {34 + 12 * cx, 380 + 12 * cy}, {45 + 12 * cx, 391 + 12 * cy},
+                          (cx + cy) % 2 ? cv::Scalar(235, 235, 235) : cv::Scalar(25, 25, 25),
+                          cv::FILLED);
 
     // A soft shadow edge and sensor noise.
     cv::GaussianBlur(frame, frame, {3, 3}, 0.8);
