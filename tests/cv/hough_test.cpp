@@ -2,11 +2,14 @@
 // shared buffers, and each refusal with its message and an unlined copy.
 #include <nuv/cv.h>
 
+#include "support/images.h"
 #include "support/log_capture.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+using nuv::test::attachedLines;
 
 using namespace nuv::core::image;
 using nuv::core::Line;
@@ -24,12 +27,6 @@ Image edges() {
     return image;
 }
 
-std::vector<Line> linesOf(Image const& image) {
-    std::vector<Line> all;
-    for (Line const& line : lines(image)) all.push_back(line);
-    return all;
-}
-
 TEST(Hough, StrongestLinesOfTheRegionAsLongSegments) {
     nuv::cv::HoughTransform hough;
     hough.setMaxLineCount(2);
@@ -40,7 +37,7 @@ TEST(Hough, StrongestLinesOfTheRegionAsLongSegments) {
     EXPECT_EQ(found.constData(), image.constData());  // a copy of the input
     // The edge at row 5 has 30 votes at pi/2, whose float cosine is a little below 0, so the
     // truncated ends differ by a row; the edge at column 13 has 20 votes at 0.
-    const std::vector<Line> both = linesOf(found);
+    const std::vector<Line> both = attachedLines(found);
     ASSERT_EQ(both.size(), 2u);
     EXPECT_EQ(both[0], Line(-1000, 4, 1000, 5));
     EXPECT_EQ(both[1], Line(13, 1000, 13, -1000));
@@ -49,20 +46,20 @@ TEST(Hough, StrongestLinesOfTheRegionAsLongSegments) {
     setRoi(image, Roi(Point(10, 2), Size(15, 15)));
     hough.setMaxLineCount(1);
     hough.setThreshold(14);
-    const std::vector<Line> region = linesOf(hough.transform(image));
+    const std::vector<Line> region = attachedLines(hough.transform(image));
     ASSERT_EQ(region.size(), 1u);
     EXPECT_EQ(region[0], Line(3, 1000, 3, -1000));
     hough.setThreshold(100);
-    EXPECT_TRUE(linesOf(hough.transform(image)).empty());
+    EXPECT_TRUE(attachedLines(hough.transform(image)).empty());
 }
 
 TEST(Hough, RefusalsGiveTheInputWithoutLines) {
     nuv::test::LogCapture log;
     const Image image = edges();
     nuv::cv::HoughTransform fresh;
-    EXPECT_TRUE(linesOf(fresh.transform(image)).empty());  // zero steps
+    EXPECT_TRUE(attachedLines(fresh.transform(image)).empty());  // zero steps
     fresh.setDelta(1.0f, 0.1f);
-    EXPECT_TRUE(linesOf(fresh.transform(image)).empty());  // no line count
+    EXPECT_TRUE(attachedLines(fresh.transform(image)).empty());  // no line count
     const Image colour = fresh.transform(Image(ImageInfo(8, 8, BGR)));
     EXPECT_EQ(colour.info().width, 8u);
     nuv::cv::HoughTransform other;
@@ -71,16 +68,16 @@ TEST(Hough, RefusalsGiveTheInputWithoutLines) {
     other.setThreshold(5);
     fresh.setMaxLineCount(1);  // the shared line buffer of three serves both
     fresh.setThreshold(5);
-    EXPECT_EQ(linesOf(fresh.transform(image)).size(), 1u);
-    EXPECT_EQ(linesOf(other.transform(image)).size(), 3u);
+    EXPECT_EQ(attachedLines(fresh.transform(image)).size(), 1u);
+    EXPECT_EQ(attachedLines(other.transform(image)).size(), 3u);
     nuv::cv::HoughTransform::freeBuffer();
-    EXPECT_TRUE(linesOf(other.transform(image)).empty());  // no line buffer any more
+    EXPECT_TRUE(attachedLines(other.transform(image)).empty());  // no line buffer any more
     const std::string invalid = "nuv::cv::HoughtTransform::transform: invalid arguments";
     EXPECT_EQ(log.lines(),
               Lines({invalid, invalid,
                      "nuv::cv::HoughtTransform::transform: only binary images accepted", invalid}));
     other.setMaxLineCount(3);
-    EXPECT_EQ(linesOf(other.transform(image)).size(), 3u);
+    EXPECT_EQ(attachedLines(other.transform(image)).size(), 3u);
 }
 
 }  // namespace

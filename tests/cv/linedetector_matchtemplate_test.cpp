@@ -10,6 +10,8 @@
 
 namespace {
 
+using nuv::test::attachedLines;
+
 using namespace nuv::core::image;
 using nuv::core::Line;
 using nuv::core::Point;
@@ -26,12 +28,6 @@ Image steps(unsigned width, unsigned height, Edge edge, unsigned first = 0, unsi
                 y >= first && y <= last && int(x) < edge(y) ? level : 0;
     return image;
 }
-std::vector<Line> attached(Image const& image) {
-    std::vector<Line> all;
-    for (Line const& line : lines(image)) all.push_back(line);
-    return all;
-}
-
 // Defaults on 100 rows: rows 60..79 searched, the finding in row 70 at the leftmost strongest
 // column (29 for the edge between columns 29 and 30).
 TEST(LineDetector, FindsTheEdgeInTheBandAndDrawsIt) {
@@ -40,8 +36,8 @@ TEST(LineDetector, FindsTheEdgeInTheBandAndDrawsIt) {
     const Image e =
         detector.findLine(steps(60, 100, [](int) { return 30; }), LineDetector::Vertical, &point);
     EXPECT_EQ(point, Point(29, 70));
-    EXPECT_EQ(attached(e), std::vector<Line>({Line(0, 60, 60, 60), Line(0, 80, 60, 80),
-                                              Line(19, 70, 39, 70), Line(29, 60, 29, 80)}));
+    EXPECT_EQ(attachedLines(e), std::vector<Line>({Line(0, 60, 60, 60), Line(0, 80, 60, 80),
+                                                   Line(19, 70, 39, 70), Line(29, 60, 29, 80)}));
     EXPECT_EQ(e.info().format, Gray);
     EXPECT_EQ(e.constData()[70 * e.step() + 29], 255);
     // Horizontal edges only: the same image has none.
@@ -57,14 +53,15 @@ TEST(LineDetector, BandsThatDoNotFitAndFindingsRefused) {
         LineDetector detector;
         detector.setSearchStart(start);
         detector.setSearchHeight(height);
-        EXPECT_TRUE(attached(detector.findLine(image, LineDetector::Vertical, &point)).empty());
+        EXPECT_TRUE(
+            attachedLines(detector.findLine(image, LineDetector::Vertical, &point)).empty());
         EXPECT_EQ(point, Point(-1, -1));
     }
     LineDetector strict;
     strict.setThreshold(300);  // 255: a step of 50 (strength 200) is gone
-    EXPECT_EQ(attached(strict.findLine(steps(
-                                           60, 100, [](int) { return 30; }, 0, ~0u, 50),
-                                       LineDetector::Vertical, &point))
+    EXPECT_EQ(attachedLines(strict.findLine(steps(
+                                                60, 100, [](int) { return 30; }, 0, ~0u, 50),
+                                            LineDetector::Vertical, &point))
                   .size(),
               2u);
     EXPECT_EQ(point, Point(-1, -1));

@@ -10,4 +10,10 @@ std::vector<unsigned char> packedPixels(nuv::core::image::Image const& image) {
     return bytes;
 }
 
+std::vector<nuv::core::Line> attachedLines(nuv::core::image::Image const& image) {
+    std::vector<nuv::core::Line> all;
+    for (nuv::core::Line const& line : nuv::core::image::lines(image)) all.push_back(line);
+    return all;
+}
+
 }  // namespace nuv::test
