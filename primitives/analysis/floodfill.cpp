@@ -6,8 +6,7 @@
 // it scan both neighbour rows whole. Every run found is extended over the whole row; the
 // 8-connected fill reaches one column further each way. Area counts at a push, the bounding
 // box widens at a pop. The searches along a row (a scan's next pixel of the old value, a
-// run's right end) compare 16 pixels at a time while a whole block lies in the row; the left
-// extension goes pixel by pixel.
+// run's two ends) compare 16 pixels at a time while a whole block lies in the row.
 //
 // The size query gives room for a quarter of the pixels as records, and some shapes need
 // more (a comb of height 3 keeps nine records where the query has room for seven). The fill
@@ -116,14 +115,24 @@ private:
         for (int i = 0; i < n; ++i) d[i] = _n;
     }
 
+    // The first column of the run of the old value that reaches column x - 1 from x, searched
+    // 16 pixels at a time while a whole block lies in the row.
+    int runStart(Byte const* r, int x) const {
+        const L::V old = L::bytes(_v);
+        int i = x;
+        for (; i >= 16; i -= 16) {
+            const int equal = L::byteMask(L::equal(L::load(r + i - 16), old));
+            if (equal != 0xFFFF) return i - 16 + (31 - __builtin_clz(~equal & 0xFFFF)) + 1;
+        }
+        while (i > 0 && r[i - 1] == _v) --i;
+        return i;
+    }
+
     // Writes the new value over the whole run through (x, y), whose pixel has the old value.
     Run fillRun(int y, int x) {
         Byte* r = row(y);
-        r[x] = _n;
-        int left = x;
-        while (left > 0 && r[left - 1] == _v) r[--left] = _n;
-        const int right = runEnd(r, x);
-        write(r + x + 1, right - x);
+        const int left = runStart(r, x), right = runEnd(r, x);
+        write(r + left, right - left + 1);
         return {left, right};
     }
 
@@ -142,12 +151,14 @@ private:
     }
 
     // The first column in from..to that holds the old value, or to + 1; 16 pixels at a time
-    // while a whole block lies in the range (and so in the row).
+    // while a whole block lies in the row (a block may pass `to`, never the row's end).
     int nextOld(Byte const* r, int from, int to) const {
         const L::V old = L::bytes(_v);
-        for (; from + 16 <= to + 1; from += 16)
-            if (const int equal = L::byteMask(L::equal(L::load(r + from), old)))
-                return from + __builtin_ctz(equal);
+        for (; from <= to && from + 16 <= _width; from += 16)
+            if (const int equal = L::byteMask(L::equal(L::load(r + from), old))) {
+                const int at = from + __builtin_ctz(equal);
+                return at <= to ? at : to + 1;
+            }
         while (from <= to && r[from] != _v) ++from;
         return from;
     }
