@@ -4,7 +4,7 @@ PACKAGES := cmake g++ make pkg-config libopencv-dev libboost-dev libboost-system
             qt6-base-dev libgtest-dev libbenchmark-dev
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps demo test bench clean
+.PHONY: all deps demo test bench soak clean
 
 all: test
 
@@ -36,11 +36,21 @@ test: deps
 	cmake --preset sanitize
 	cmake --build --preset sanitize -j $(JOBS)
 	ctest --preset sanitize
+	cmake --preset tsan
+	cmake --build --preset tsan -j $(JOBS)
+	ctest --preset tsan
 
 bench: deps
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS)
 	for b in ./build/release/bench/nuv_bench_*; do $$b --benchmark_min_time=0.2; done
+
+# Many frames through the segmenter and the conversion and filter chain; the resident memory
+# must stay flat.
+soak: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target nuv_soak_tests
+	NUV_SOAK_FRAMES=20000 ./build/release/tests/nuv_soak_tests
 
 clean:
 	rm -rf build
