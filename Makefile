@@ -1,10 +1,10 @@
 # Two targets for a newcomer: `make demo` and `make test`. Each installs the Debian packages
 # the project needs if they are missing, then configures, builds and runs.
 PACKAGES := cmake g++ make pkg-config libopencv-dev libboost-dev libboost-system-dev \
-            qt6-base-dev libgtest-dev libbenchmark-dev
+            qt6-base-dev libgtest-dev libbenchmark-dev clang
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps demo test bench soak clean
+.PHONY: all deps demo test bench soak fuzz clean
 
 all: test
 
@@ -39,6 +39,9 @@ test: deps
 	cmake --preset tsan
 	cmake --build --preset tsan -j $(JOBS)
 	ctest --preset tsan
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	ctest --preset fuzz
 
 bench: deps
 	cmake --preset release
@@ -51,6 +54,16 @@ soak: deps
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target nuv_soak_tests
 	NUV_SOAK_FRAMES=20000 ./build/release/tests/nuv_soak_tests
+
+# Each fuzz target for ten minutes from its seeds; what they find lands in build/fuzz.
+fuzz: deps
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	for t in text frontend primitives; do \
+	    mkdir -p build/fuzz/fuzz/corpus/$$t && \
+	    ./build/fuzz/fuzz/nuv_fuzz_$$t -max_total_time=600 -artifact_prefix=build/fuzz/ \
+	        build/fuzz/fuzz/corpus/$$t fuzz/corpus/$$t || exit 1; \
+	done
 
 clean:
 	rm -rf build

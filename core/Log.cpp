@@ -57,7 +57,13 @@ Log& Log::operator<<(double value) {
 }
 
 void Log::setSink(Sink sink) {
+    const std::lock_guard<std::recursive_mutex> hold(_sinkLock);
     _sink = std::move(sink);
+}
+
+std::string& Log::pendingLine() {
+    thread_local std::string line;
+    return line;
 }
 
 void Log::append(char const* text, std::size_t length) {
@@ -65,10 +71,10 @@ void Log::append(char const* text, std::size_t length) {
     while (text != end) {
         char const* newline = static_cast<char const*>(std::memchr(text, '\n', end - text));
         if (newline == nullptr) {
-            _pending.append(text, end);
+            pendingLine().append(text, end);
             return;
         }
-        _pending.append(text, newline);
+        pendingLine().append(text, newline);
         finishLine();
         text = newline + 1;
     }
@@ -78,7 +84,8 @@ void Log::finishLine() {
     // The line leaves the log before the sink sees it, so a sink that logs or throws finds
     // an empty pending line.
     std::string line;
-    line.swap(_pending);
+    line.swap(pendingLine());
+    const std::lock_guard<std::recursive_mutex> hold(_sinkLock);
     if (_sink) {
         _sink(line);
     } else {

@@ -8,6 +8,16 @@
 
 #include <cstring>
 
+namespace {
+
+// A template larger than the image has no map. OpenCV's own assertion says so, raised before
+// cvCreateImage, whose failure would leave its header allocated.
+void requireMapSize(CvSize size) {
+    CV_Assert(size.width > 0 && size.height > 0);
+}
+
+}  // namespace
+
 namespace nuv::cv {
 
 using nuv::core::Point;
@@ -39,6 +49,7 @@ void MatchTemplateImpl::match(Image const& templateImage, Point* point, float* v
     IplImage* in = image;
     IplImage* tp = pattern;
     const CvSize size = cvSize(in->width - tp->width + 1, in->height - tp->height + 1);
+    requireMapSize(size);
     if (_result != nullptr && _result->width == size.width && _result->height == size.height) {
         std::memset(_result->imageData, 0, static_cast<std::size_t>(_result->imageSize));
     } else {

@@ -4,6 +4,8 @@
 
 #include "cv/region.h"
 
+#include <climits>
+
 namespace nuv::cv::filter {
 
 using nuv::core::Log;
@@ -107,9 +109,14 @@ Image sobelVert3x3(Image const& source, bool border) {
 
 Image replicateBorder(Image const& source, Kernel const& kernel) {
     const Region region(source);
+    // A mask side of 0 on an empty region would make a size below 0, and a bordered size that
+    // passes 31 bits cannot be an image: neither has a result.
+    const long long width = static_cast<long long>(region.info.width) + kernel.size.width() - 1;
+    const long long height = static_cast<long long>(region.info.height) + kernel.size.height() - 1;
+    if (width < 0 || height < 0 || width > INT_MAX || height > INT_MAX) return Image();
     ImageInfo info = region.info;
-    info.width = region.info.width + kernel.size.width() - 1;
-    info.height = region.info.height + kernel.size.height() - 1;
+    info.width = static_cast<unsigned int>(width);
+    info.height = static_cast<unsigned int>(height);
     Image result(info);
     const IppiSize destination{static_cast<int>(info.width), static_cast<int>(info.height)};
     const int resultStep = static_cast<int>(result.step());

@@ -65,9 +65,11 @@ TEST(Sobel, SmallSourcesUnknownTypesAndOtherChannelCounts) {
     const Image copy = filter(small, PredefindedFilterNone, false);
     EXPECT_EQ(copy.constData(), small.constData());
     EXPECT_TRUE(filter(small, static_cast<PredefindedFilter_t>(3), true).isNull());
+    EXPECT_TRUE(filter(small, static_cast<PredefindedFilter_t>(-1), true).isNull());
     EXPECT_TRUE(sobelHoriz3x3(drawn(5, 5, BGRA, [](int, int) { return 1; }), false).isNull());
     EXPECT_EQ(log.lines(), Lines({"sobelHoriz3x3: source image to small: 3x5",
-                                  "nuv::cv::filter::filter: undefinded filter type 3"}));
+                                  "nuv::cv::filter::filter: undefinded filter type 3",
+                                  "nuv::cv::filter::filter: undefinded filter type -1"}));
     EXPECT_EQ(friendlyName(PredefindedFilterSobelVert3x3), "SobelVert3x3");
     EXPECT_EQ(friendlyName(PredefindedFilterNone), "Undefined filter");
     EXPECT_EQ(friendlyName(static_cast<PredefindedFilter_t>(3)), "Undefined filter");
@@ -105,6 +107,10 @@ TEST(RankFilters, ReplicatedBorderOfTheRegion) {
               Bytes({43, 44, 44, 44, 43, 44, 44, 44}));
     EXPECT_TRUE(replicateBorder(drawn(2, 2, BGRA, [](int, int) { return 1; }), Kernel(3, 3, 1, 1))
                     .isNull());
+    // A mask side of 0 on an empty region leaves no size to make; nothing is thrown.
+    setRoi(ramp, Roi(Point(3, 4), Size(0, 0)));
+    EXPECT_TRUE(replicateBorder(ramp, Kernel(0, 0, 0, 0)).isNull());
+    EXPECT_EQ(sizeOf(replicateBorder(ramp, Kernel(3, 3, 1, 1))), Size(2, 2));
 }
 
 // A bright square on dark: edges on its outline only, within the region.

@@ -12,6 +12,7 @@
 #include <opencv2/core.hpp>
 
 #include <random>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -131,6 +132,26 @@ TEST(Threads, SharedSourcesOwnObjectsSameResults) {
     EXPECT_EQ(results[0], expectedOwner);
     for (int t = 1; t < kThreads; ++t) EXPECT_EQ(results[t], expected) << "thread " << t;
     EXPECT_EQ(expected.size(), 12u);
+}
+
+// Lines logged by several threads at once reach the sink whole, one at a time.
+TEST(Threads, LogLinesStayWhole) {
+    std::vector<std::string> lines;
+    nuv::core::Log::singleton().setSink([&](std::string const& line) { lines.push_back(line); });
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t] {
+            for (int k = 0; k < 300; ++k)
+                nuv::core::Log::singleton() << "thread " << t << " line " << k << nuv::core::endl;
+        });
+    for (std::thread& thread : threads) thread.join();
+    nuv::core::Log::singleton().setSink({});
+    ASSERT_EQ(lines.size(), 1200u);
+    std::vector<int> next(4, 0);
+    for (std::string const& line : lines) {
+        const int t = line[7] - '0';
+        ASSERT_EQ(line, "thread " + std::to_string(t) + " line " + std::to_string(next[t]++));
+    }
 }
 
 }  // namespace

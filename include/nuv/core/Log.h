@@ -1,9 +1,11 @@
 // The one process-wide text sink of the library. Messages are streamed in pieces and end
 // with nuv::core::endl; each finished line goes to the sink, which by default writes it to
-// standard error. There are no levels: a line is a line.
+// standard error. There are no levels: a line is a line. Threads may log at once: each
+// thread builds its own line, and finished lines reach the sink one at a time.
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 
 namespace nuv::core {
@@ -32,8 +34,8 @@ public:
     // the code that streamed the newline, and the line is gone.
     void setSink(Sink sink);
 
-    // Text streamed since the last newline, not yet handed to the sink.
-    std::string const& pending() const { return _pending; }
+    // Text this thread streamed since its last newline, not yet handed to the sink.
+    std::string const& pending() const { return pendingLine(); }
 
     Log(Log const&) = delete;
     Log& operator=(Log const&) = delete;
@@ -42,8 +44,10 @@ private:
     Log() = default;
     void append(char const* text, std::size_t length);
     void finishLine();
+    static std::string& pendingLine();
 
-    std::string _pending;
+    // Guards the sink; recursive, so that a sink may log.
+    std::recursive_mutex _sinkLock;
     Sink _sink;
 };
 

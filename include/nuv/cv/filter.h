@@ -11,7 +11,8 @@
 
 namespace nuv::cv::filter {
 
-enum PredefindedFilter_t {
+// A fixed underlying int, so that any value a caller passes is one the functions can refuse.
+enum PredefindedFilter_t : int {
     PredefindedFilterNone = 0,  // no filtering: a copy
     PredefindedFilterSobelHoriz3x3 = 1,
     PredefindedFilterSobelVert3x3 = 2,
