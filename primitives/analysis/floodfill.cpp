@@ -189,11 +189,11 @@ private:
         }
     }
 
+    // Runs are always filled whole, so a pixel of the old value never has the new one beside
+    // it in its own row: only the rows above and below can touch it.
     bool touchesNewValue(int y, int x) const {
         const int from = _eight && x > 0 ? x - 1 : x;
         const int to = _eight && x < _width - 1 ? x + 1 : x;
-        Byte const* r = row(y);
-        if ((x > 0 && r[x - 1] == _n) || (x < _width - 1 && r[x + 1] == _n)) return true;
         for (int dy : {-1, 1}) {
             if (static_cast<unsigned>(y + dy) >= static_cast<unsigned>(_height)) continue;
             Byte const* n = row(y + dy);

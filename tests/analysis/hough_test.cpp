@@ -135,6 +135,13 @@ TEST_P(HoughSweep, WorkedCases) {
     for (IppiRhoTheta delta :
          {IppiRhoTheta{20, 0.2f}, {1, std::nextafter(3.14159f, 0.0f)}, {7, 1.5f}})
         EXPECT_EQ(lines(image, {12, 8}, delta, 1, 3), modelLines(image, {12, 8}, delta, 1, 3));
+    // A rho step of the region's size: far-right points near pi fall one cell below the
+    // first, and their votes are dropped rather than written before the counters, where
+    // they would stand beside cell 0 (which the points of column 0 fill).
+    const Bytes edge = {9, 0, 0, 0, 0, 0, 0, 9, 9, 9, 9, 0, 0, 0, 0, 0, 0, 9, 9, 9};
+    for (float theta : {0.3f, 0.05f})
+        EXPECT_EQ(lines(edge, {10, 2}, {12, theta}, 1, 8),
+                  modelLines(edge, {10, 2}, {12, theta}, 1, 8));
     Bytes grid(16 * 16, 0);
     for (int i = 0; i < 16; i += 3)
         for (int j = 0; j < 16; ++j) grid[i * 16 + j] = grid[j * 16 + i] = 1;
