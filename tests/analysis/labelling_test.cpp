@@ -65,9 +65,11 @@ protected:
         const int count = modelLabels(expected, width, roi.height, minLabel, maxLabel, norm == 0);
         auto buffer = scratch(slot, roi);
         int number = -1;
-        ASSERT_EQ(bodies::ippiLabelMarkers_8u_C1IR[slot](img.first(), img.step(), roi, minLabel,
-                                                         maxLabel, norm, &number, buffer.get()),
-                  ippStsNoErr);
+        img.forbidOutside(true);
+        const IppStatus status = bodies::ippiLabelMarkers_8u_C1IR[slot](
+            img.first(), img.step(), roi, minLabel, maxLabel, norm, &number, buffer.get());
+        img.forbidOutside(false);
+        ASSERT_EQ(status, ippStsNoErr);
         EXPECT_EQ(number, count);
         EXPECT_EQ(img.packed(), expected);
         EXPECT_TRUE(img.guardsIntact());
@@ -104,6 +106,14 @@ TEST_P(LabelSweep, ShapesThatOutgrowTheQueriedStack) {
         expectLabels(lattice, width, 1, 254, 1);
         expectLabels(lattice, width, 3, 3, 0);
     }
+    // A comb that outgrows the stack, and a lone pixel in its first row labelled after it:
+    // the sweep after the full stack must not look above the first row (whose guard bytes
+    // hold the comb's label here).
+    Bytes lone;
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 33; ++x)
+            lone.push_back((x < 30 && (y == 1 || x % 2 == 0)) || (y == 0 && x == 32));
+    expectLabels(lone, 33, GuardedImage::guardByte, 254, 0);
 }
 
 // Many small components wrap the labels while the count goes on; one label throughout.

@@ -57,6 +57,10 @@ TEST(LineDetector, BandsThatDoNotFitAndFindingsRefused) {
             attachedLines(detector.findLine(image, LineDetector::Vertical, &point)).empty());
         EXPECT_EQ(point, Point(-1, -1));
     }
+    LineDetector single;  // one band row: a single column is never enough
+    single.setSearchHeight(1);
+    EXPECT_EQ(attachedLines(single.findLine(image, LineDetector::Vertical, &point)).size(), 2u);
+    EXPECT_EQ(point, Point(-1, -1));
     LineDetector strict;
     strict.setThreshold(300);  // 255: a step of 50 (strength 200) is gone
     EXPECT_EQ(attachedLines(strict.findLine(steps(
