@@ -115,23 +115,58 @@ IppiSize lessBorders(IppiSize s, int const (&e)[4]) {
     return {s.width - e[1] - e[3], s.height - e[0] - e[2]};
 }
 
+using Unary = IppStatus (*)(Ipp8u const*, int, Ipp8u*, int, IppiSize);
+using Rank = IppStatus (*)(Ipp8u const*, int, Ipp8u*, int, IppiSize, IppiSize, IppiPoint);
+using Border = IppStatus (*)(Ipp8u const*, int, IppiSize, Ipp8u*, int, IppiSize, int, int);
+using Margins = void (*)(Input&, int (&)[4], int (&)[4]);
+
+Entry unary(Unary f, int srcBytes, int dstBytes, Shape shape = Shape::same,
+            Margins margins = noMargins) {
+    return {srcBytes, dstBytes, shape, margins,
+            [f](Call const& c, auto&) { return f(c.src, c.srcStep, c.dst, c.dstStep, c.size); }};
+}
+Entry rank(Rank f, int bytes) {
+    return {bytes, bytes, Shape::same, maskArea, [f](Call const& c, int const(&e)[4]) {
+                return f(c.src, c.srcStep, c.dst, c.dstStep, c.size, {e[0], e[1]}, {e[2], e[3]});
+            }};
+}
+Entry border(Border f, int bytes) {
+    return {bytes, bytes, Shape::same, bordered, [f](Call const& c, int const(&e)[4]) {
+                return f(c.src, c.srcStep, lessBorders(c.size, e), c.dst, c.dstStep, c.size, e[0],
+                         e[1]);
+            }};
+}
+
 std::vector<Entry> const& entries() {
     static std::vector<Entry> const all = {
+        unary(ippiCopy_8u_C1R, 1, 1),
+        unary(ippiCopy_8u_C3R, 3, 3),
+        unary(ippiCopy_8u_C1C3R, 1, 3),
+        unary(ippiCopy_8u_C3C1R, 3, 1),
+        unary(ippiCopy_8u_AC4C3R, 4, 3),
+        unary(ippiRGBToHSV_8u_C3R, 3, 3),
+        unary(ippiHSVToRGB_8u_C3R, 3, 3),
+        unary(ippiRGBToHLS_8u_C3R, 3, 3),
+        unary(ippiHLSToRGB_8u_C3R, 3, 3),
+        unary(ippiRGBToYCbCr_8u_C3R, 3, 3),
+        unary(ippiYCbCrToRGB_8u_C3R, 3, 3),
+        unary(ippiRGBToGray_8u_C3C1R, 3, 1),
+        unary(ippiTranspose_8u_C1R, 1, 1, Shape::transposed),
+        unary(ippiTranspose_8u_C3R, 3, 3, Shape::transposed),
+        unary(ippiFilterSobelHoriz_8u_C1R, 1, 1, Shape::same, aroundByOne),
+        unary(ippiFilterSobelHoriz_8u_C3R, 3, 3, Shape::same, aroundByOne),
+        unary(ippiFilterSobelVert_8u_C1R, 1, 1, Shape::same, aroundByOne),
+        unary(ippiFilterSobelVert_8u_C3R, 3, 3, Shape::same, aroundByOne),
+        rank(ippiFilterMin_8u_C1R, 1),
+        rank(ippiFilterMin_8u_C3R, 3),
+        rank(ippiFilterMax_8u_C1R, 1),
+        rank(ippiFilterMax_8u_C3R, 3),
+        border(ippiCopyReplicateBorder_8u_C1R, 1),
+        border(ippiCopyReplicateBorder_8u_C3R, 3),
         {1, 1, Shape::same, noMargins,
          [](Call const& c, auto&) {
-             return ippiCopy_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
-         }},
-        {3, 3, Shape::same, noMargins,
-         [](Call const& c, auto&) {
-             return ippiCopy_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
-         }},
-        {4, 3, Shape::same, noMargins,
-         [](Call const& c, auto&) {
-             return ippiCopy_8u_AC4C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
-         }},
-        {3, 1, Shape::same, noMargins,
-         [](Call const& c, auto&) {
-             return ippiCopy_8u_C3C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
+             return ippiAdd_8u_C1RSfs(c.src, c.srcStep, c.src2, c.src2Step, c.dst, c.dstStep,
+                                      c.size, c.in->in(-2, 20));
          }},
         {3, 3, Shape::same, noMargins,
          [](Call const& c, auto&) {
@@ -146,45 +181,52 @@ std::vector<Entry> const& entries() {
          [](Call const& c, auto&) {
              return ippiMirror_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size, c.in->in(-1, 3));
          }},
-        {1, 1, Shape::transposed, noMargins,
-         [](Call const& c, auto&) {
-             return ippiTranspose_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
-         }},
-        {3, 3, Shape::transposed, noMargins,
-         [](Call const& c, auto&) {
-             return ippiTranspose_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
-         }},
         {3, 3, Shape::same, noMargins,
          [](Call const& c, auto&) {
              const int order[3] = {c.in->in(-1, 3), c.in->in(-1, 3), c.in->in(-1, 3)};
              return ippiSwapChannels_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size, order);
          }},
-        {3, 3, Shape::same, noMargins,
+        {0, 3, Shape::inPlace, noMargins,
          [](Call const& c, auto&) {
-             using F = IppStatus (*)(Ipp8u const*, int, Ipp8u*, int, IppiSize);
-             static F const conversions[] = {ippiRGBToHSV_8u_C3R,   ippiHSVToRGB_8u_C3R,
-                                             ippiRGBToHLS_8u_C3R,   ippiHLSToRGB_8u_C3R,
-                                             ippiRGBToYCbCr_8u_C3R, ippiYCbCrToRGB_8u_C3R};
-             return conversions[c.in->in(0, 5)](c.src, c.srcStep, c.dst, c.dstStep, c.size);
+             const int order[3] = {c.in->in(-1, 3), c.in->in(-1, 3), c.in->in(-1, 3)};
+             return ippiSwapChannels_8u_C3IR(c.dst, c.dstStep, c.size, order);
          }},
-        {3, 1, Shape::same, noMargins,
+        {4, 3, Shape::same, noMargins,
          [](Call const& c, auto&) {
-             return ippiRGBToGray_8u_C3C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
+             const int order[3] = {c.in->in(-1, 4), c.in->in(-1, 4), c.in->in(-1, 4)};
+             return ippiSwapChannels_8u_C4C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size, order);
          }},
         {1, 1, Shape::same, noMargins,
          [](Call const& c, auto&) {
-             return ippiThreshold_LTVal_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size,
-                                               c.value(), c.value());
+             return ippiThreshold_LT_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size, c.value());
+         }},
+        {0, 3, Shape::inPlace, noMargins,
+         [](Call const& c, auto&) {
+             const Ipp8u t[3] = {c.value(), c.value(), c.value()};
+             return ippiThreshold_LT_8u_C3IR(c.dst, c.dstStep, c.size, t);
+         }},
+        {1, 1, Shape::same, noMargins,
+         [](Call const& c, auto&) {
+             const bool lt = c.in->flag();
+             return (lt ? ippiThreshold_LTVal_8u_C1R : ippiThreshold_GTVal_8u_C1R)(
+                 c.src, c.srcStep, c.dst, c.dstStep, c.size, c.value(), c.value());
          }},
         {3, 3, Shape::same, noMargins,
          [](Call const& c, auto&) {
              const Ipp8u t[3] = {c.value(), c.value(), c.value()}, v[3] = {c.value(), 1, 2};
-             return ippiThreshold_GTVal_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size, t, v);
+             const bool lt = c.in->flag();
+             return (lt ? ippiThreshold_LTVal_8u_C3R : ippiThreshold_GTVal_8u_C3R)(
+                 c.src, c.srcStep, c.dst, c.dstStep, c.size, t, v);
          }},
         {0, 1, Shape::inPlace, noMargins,
          [](Call const& c, auto&) {
              return ippiThreshold_LTValGTVal_8u_C1IR(c.dst, c.dstStep, c.size, c.value(), c.value(),
                                                      c.value(), c.value());
+         }},
+        {0, 3, Shape::inPlace, noMargins,
+         [](Call const& c, auto&) {
+             const Ipp8u lt[3] = {c.value(), c.value(), c.value()}, gt[3] = {c.value(), 9, 200};
+             return ippiThreshold_LTValGTVal_8u_C3IR(c.dst, c.dstStep, c.size, lt, lt, gt, gt);
          }},
         {1, 1, Shape::same, noMargins,
          [](Call const& c, auto&) {
@@ -205,34 +247,6 @@ std::vector<Entry> const& entries() {
              ippiMean_8u_C1R(c.src, c.srcStep, c.size, mean);
              ippiMinMax_8u_C1R(c.src, c.srcStep, c.size, low, high);
              return ippiMinMax_8u_C3R(c.src, c.srcStep, c.size, low, high);
-         }},
-        {1, 1, Shape::same, bordered,
-         [](Call const& c, int const(&e)[4]) {
-             return ippiCopyReplicateBorder_8u_C1R(c.src, c.srcStep, lessBorders(c.size, e), c.dst,
-                                                   c.dstStep, c.size, e[0], e[1]);
-         }},
-        {3, 3, Shape::same, bordered,
-         [](Call const& c, int const(&e)[4]) {
-             return ippiCopyReplicateBorder_8u_C3R(c.src, c.srcStep, lessBorders(c.size, e), c.dst,
-                                                   c.dstStep, c.size, e[0], e[1]);
-         }},
-        {1, 1, Shape::same, maskArea,
-         [](Call const& c, int const(&e)[4]) {
-             return ippiFilterMin_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size, {e[0], e[1]},
-                                         {e[2], e[3]});
-         }},
-        {3, 3, Shape::same, maskArea,
-         [](Call const& c, int const(&e)[4]) {
-             return ippiFilterMax_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size, {e[0], e[1]},
-                                         {e[2], e[3]});
-         }},
-        {1, 1, Shape::same, aroundByOne,
-         [](Call const& c, auto&) {
-             return ippiFilterSobelHoriz_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
-         }},
-        {3, 3, Shape::same, aroundByOne,
-         [](Call const& c, auto&) {
-             return ippiFilterSobelVert_8u_C3R(c.src, c.srcStep, c.dst, c.dstStep, c.size);
          }},
         {0, 1, Shape::inPlace, noMargins,
          [](Call const& c, auto&) {
