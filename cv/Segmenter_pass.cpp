@@ -64,7 +64,9 @@ Image Segmenter::doSegmentation(Image const& image) {
         // format gives a wrong answer and never a read past the buffer.
         std::vector<unsigned char> padded;
         const std::size_t wanted = std::size_t(3) * width * height;
-        const std::size_t held = std::size_t(work.step()) * height;
+        // The last row holds its pixels and no more: a host's buffer may end right there.
+        const std::size_t held = std::size_t(work.step()) * (height - 1) +
+                                 std::size_t(work.info().numChannels) * width;
         if (held < wanted) {
             padded.assign(wanted, 0);
             std::copy(p, p + held, padded.begin());

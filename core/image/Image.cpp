@@ -40,6 +40,14 @@ std::size_t bufferBytes(unsigned long long step, unsigned int height) {
     return static_cast<std::size_t>(bytes);
 }
 
+// Keeps a host's buffer; the last handle to let go gives it back.
+struct HostPixels {
+    std::function<void()> release;
+    ~HostPixels() {
+        if (release) release();
+    }
+};
+
 // The description a handle without an implementation shows.
 ImageInfo const& nullInfo() {
     static constexpr ImageInfo info;
@@ -59,6 +67,7 @@ public:
           step(other.step),
           pixels(other.pixels),
           bytes(other.bytes),
+          readable(other.readable),
           hasRoi(other.hasRoi),
           roi(other.roi),
           lines(other.lines),
@@ -69,6 +78,9 @@ public:
     unsigned int step = 0;
     std::shared_ptr<unsigned char> pixels;
     std::size_t bytes = 0;
+    // What a copy takes: the whole buffer, or of a host's buffer whole rows but the last, of
+    // which only the pixels (the buffer may end right after them).
+    std::size_t readable = 0;
     bool hasRoi = false;
     Roi roi;
     List<Line> lines;
@@ -88,6 +100,7 @@ Image::Image(ImageInfo const& info) : _impl(nullptr) {
     impl->info = info;
     impl->step = static_cast<unsigned int>(rowBytes);
     impl->bytes = bufferBytes(rowBytes, info.height);
+    impl->readable = impl->bytes;
     impl->pixels = allocatePixels(impl->bytes);
     _impl = impl.release();
 }
@@ -98,7 +111,30 @@ Image::Image(ImageInfo const& info, unsigned int step) : _impl(nullptr) {
     impl->info = info;
     impl->step = step;
     impl->bytes = bufferBytes(step, info.height);
+    impl->readable = impl->bytes;
     impl->pixels = allocatePixels(impl->bytes);
+    _impl = impl.release();
+}
+
+Image::Image(unsigned char* pixels, unsigned int step, ImageInfo const& info,
+             std::function<void()> release)
+    : _impl(nullptr) {
+    if (info.rowBytes() > step) throw std::invalid_argument("image step shorter than a row");
+    if (pixels == nullptr) {
+        if (release) release();
+        return;
+    }
+    std::unique_ptr<Impl> impl(new Impl);
+    impl->info = info;
+    impl->step = step;
+    impl->bytes = bufferBytes(step, info.height);
+    if (info.height > 0)
+        impl->readable = impl->bytes - step + static_cast<std::size_t>(info.rowBytes());
+    // The host's release rides on a holder made before it is moved in, so that a failed
+    // allocation leaves the buffer with the host; the pixels share the holder's count.
+    auto holder = std::make_shared<HostPixels>();
+    holder->release = std::move(release);
+    impl->pixels = std::shared_ptr<unsigned char>(holder, pixels);
     _impl = impl.release();
 }
 
@@ -154,7 +190,7 @@ unsigned char* Image::data() {
     Impl& impl = ownImpl();
     if (impl.pixels.use_count() != 1) {
         std::shared_ptr<unsigned char> copy = allocatePixels(impl.bytes);
-        std::memcpy(copy.get(), impl.pixels.get(), impl.bytes);
+        std::memcpy(copy.get(), impl.pixels.get(), impl.readable);
         impl.pixels = std::move(copy);
     } else {
         // Whoever held the buffer before has dropped it; their reads come before our writes.

@@ -64,6 +64,35 @@ TEST(Image, CopiesShareUntilWrittenAndCopyEveryByte) {
     EXPECT_TRUE(target.constData() == a.constData() && moved.isNull());
 }
 
+// A host's buffer is used in place, copied only when a shared handle writes, and given back
+// once, when the last handle goes; the copy takes no byte past the last row's pixels.
+TEST(Image, OverHostPixels) {
+    int released = 0;
+    {
+        // The buffer ends right after the last row's pixels, so ASan sees any read past them.
+        std::vector<unsigned char> host(2 * 16 + 5 * 3);
+        for (std::size_t i = 0; i < host.size(); ++i) host[i] = static_cast<unsigned char>(i);
+        Image image(host.data(), 16, ImageInfo(5, 3, BGR), [&released] { ++released; });
+        EXPECT_TRUE(image.constData() == host.data() && image.step() == 16u);
+        EXPECT_EQ(image.data(), host.data());  // sole handle: in place
+        Image copy(image);
+        image = Image();
+        EXPECT_EQ(released, 0);
+        Image writer(copy);
+        unsigned char* own = writer.data();
+        ASSERT_NE(own, host.data());
+        EXPECT_TRUE(std::equal(host.begin() + 32, host.end(), own + 32) && own[17] == 17);
+        copy = writer;
+        EXPECT_EQ(released, 1);
+    }
+    Image null(nullptr, 3, ImageInfo(1, 1, BGR), [&released] { ++released; });
+    EXPECT_TRUE(null.isNull() && released == 2);
+    unsigned char pixel = 0;
+    EXPECT_THROW(Image(&pixel, 2, ImageInfo(1, 1, BGR), [&released] { ++released; }),
+                 std::invalid_argument);
+    EXPECT_EQ(released, 2);
+}
+
 // The count stays exact under copies on several threads (the sanitizer build checks it).
 TEST(Image, HandlesOnManyThreads) {
     Image shared(ImageInfo(16, 16, Gray));

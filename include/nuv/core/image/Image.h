@@ -18,6 +18,8 @@
 #include <nuv/core/image/ImageInfo.h>
 #include <nuv/core/image/SegmentList.h>
 
+#include <functional>
+
 namespace nuv::core::image {
 
 class Image {
@@ -30,6 +32,15 @@ public:
     // The same with rows step bytes apart. A step shorter than a row throws
     // std::invalid_argument.
     Image(ImageInfo const& info, unsigned int step);
+    // An image over pixels the host owns, used in place: rows step bytes apart from pixels,
+    // of which each row's first info.rowBytes() bytes are read. release runs once, on the
+    // thread that drops the last handle sharing these pixels, and not at all if this
+    // constructor throws. A sole handle writes straight into the host's memory through
+    // data(); with the pixels shared, data() first copies them into a buffer of the image's
+    // own, as for any shared buffer. Null pixels give the null image (release runs at once);
+    // a step shorter than a row throws std::invalid_argument.
+    Image(unsigned char* pixels, unsigned int step, ImageInfo const& info,
+          std::function<void()> release);
     Image(Image const& other) noexcept;
     Image(Image&& other) noexcept;
     Image& operator=(Image const& other) noexcept;
