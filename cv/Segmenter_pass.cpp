@@ -65,8 +65,8 @@ Image Segmenter::doSegmentation(Image const& image) {
         std::vector<unsigned char> padded;
         const std::size_t wanted = std::size_t(3) * width * height;
         // The last row holds its pixels and no more: a host's buffer may end right there.
-        const std::size_t held = std::size_t(work.step()) * (height - 1) +
-                                 std::size_t(work.info().numChannels) * width;
+        const std::size_t held =
+            std::size_t(work.step()) * (height - 1) + std::size_t(work.info().numChannels) * width;
         if (held < wanted) {
             padded.assign(wanted, 0);
             std::copy(p, p + held, padded.begin());
