@@ -10,6 +10,9 @@
 // once per call from the order.
 #include "primitives/simd/simd.h"
 
+#include <type_traits>
+#include <utility>
+
 namespace nuv::prim::NUV_V {
 namespace {
 
@@ -28,6 +31,26 @@ constexpr bool kHasShuffles = false;
 // Byte p of a block's output comes from this byte of the block's source.
 int sourceByte(int srcPixel, int const* order, int p) {
     return srcPixel * (p / 3) + order[p % 3];
+}
+
+// Whole blocks of 16 pixels from the start of a run; returns the pixels done. Each block is
+// loaded whole before anything is stored, which keeps the in-place forms safe.
+template <int SrcPixel, class Plan, class... Form>
+Length blockLoop(Plan const& plan, Byte const* src, Byte* dst, Length n, Form... form) {
+    Length x = 0;
+    for (; x + kBlock <= n; x += kBlock) {
+        V in[SrcPixel];
+        for (int s = 0; s < SrcPixel; ++s) in[s] = L::load(src + SrcPixel * x + 16 * s);
+        V out[3];
+        for (int j = 0; j < 3; ++j) {
+            if constexpr (sizeof...(Form) == 0)
+                out[j] = plan.output(in, j);
+            else
+                out[j] = plan.template output<decltype(form)::value...>(in, j);
+        }
+        for (int j = 0; j < 3; ++j) L::store(dst + 3 * x + 16 * j, out[j]);
+    }
+    return x;
 }
 
 #if defined(__SSSE3__)
@@ -56,13 +79,20 @@ struct BlockPlan {
             out = L::bitOr(out, L::shuffle(in[s], masks[j][s]));
         return out;
     }
+    Length blocks(Byte const* src, Byte* dst, Length n) const {
+        return blockLoop<SrcPixel>(*this, src, dst, n);
+    }
 };
 #else
-// Three-channel sources only: output byte p takes source byte p + d, d in -2..2.
+// Three-channel sources only: output byte p takes source byte p + d, d in -2..2. Most
+// orders use three of the five distances or fewer (reversal: -2, 0, 2; a spread of channel
+// 0: -2, -1, 0), so the block loop is compiled for each set of distances and the plan picks
+// the one its order needs.
 template <int SrcPixel>
 struct BlockPlan {
     static_assert(SrcPixel == 3, "the shift form serves three-channel sources");
     V masks[3][5];
+    unsigned used = 0;  // bit d + 2 set where some output byte takes distance d
 
     explicit BlockPlan(int const* order) {
         for (int j = 0; j < 3; ++j)
@@ -70,7 +100,9 @@ struct BlockPlan {
                 alignas(16) char bytes[16];
                 for (int i = 0; i < 16; ++i) {
                     const int p = 16 * j + i;
-                    bytes[i] = static_cast<char>(sourceByte(3, order, p) - p == d ? 0xFF : 0);
+                    const bool takes = sourceByte(3, order, p) - p == d;
+                    bytes[i] = static_cast<char>(takes ? 0xFF : 0);
+                    if (takes) used |= 1u << (d + 2);
                 }
                 masks[j][d + 2] = L::load(bytes);
             }
@@ -88,12 +120,34 @@ struct BlockPlan {
             return in[j];
         }
     }
+    template <unsigned Used, int D>
+    void take(V& out, V const* in, int j) const {
+        if constexpr ((Used >> (D + 2)) & 1u)
+            out = L::bitOr(out, L::bitAnd(masks[j][D + 2], window<D>(in, j)));
+    }
+    template <unsigned Used>
     V output(V const* in, int j) const {
-        V out = L::bitAnd(masks[j][2], in[j]);
-        out = L::bitOr(out, L::bitAnd(masks[j][0], window<-2>(in, j)));
-        out = L::bitOr(out, L::bitAnd(masks[j][1], window<-1>(in, j)));
-        out = L::bitOr(out, L::bitAnd(masks[j][3], window<1>(in, j)));
-        return L::bitOr(out, L::bitAnd(masks[j][4], window<2>(in, j)));
+        V out = L::zero();
+        take<Used, -2>(out, in, j);
+        take<Used, -1>(out, in, j);
+        take<Used, 0>(out, in, j);
+        take<Used, 1>(out, in, j);
+        take<Used, 2>(out, in, j);
+        return out;
+    }
+    template <unsigned Used>
+    static Length blocksUsing(BlockPlan const& plan, Byte const* src, Byte* dst, Length n) {
+        return blockLoop<3>(plan, src, dst, n, std::integral_constant<unsigned, Used>());
+    }
+    template <unsigned... Sets>
+    Length pick(Byte const* src, Byte* dst, Length n,
+                std::integer_sequence<unsigned, Sets...>) const {
+        using Loop = Length (*)(BlockPlan const&, Byte const*, Byte*, Length);
+        static constexpr Loop loops[] = {&blocksUsing<Sets>...};
+        return loops[used](*this, src, dst, n);
+    }
+    Length blocks(Byte const* src, Byte* dst, Length n) const {
+        return pick(src, dst, n, std::make_integer_sequence<unsigned, 32>());
     }
 };
 #endif
@@ -132,16 +186,7 @@ void swapRun(Byte const* src, Byte* dst, Length n, int const* order) {
     Length x = 0;
     // Without byte shuffles a four-channel source goes four pixels at a time, below.
     if constexpr (SrcPixel == 3 || kHasShuffles) {
-        const BlockPlan<SrcPixel> plan(order);
-        for (; x + kBlock <= n; x += kBlock) {
-            V in[SrcPixel];
-            for (int s = 0; s < SrcPixel; ++s) in[s] = L::load(src + SrcPixel * x + 16 * s);
-            const V out0 = plan.output(in, 0), out1 = plan.output(in, 1);
-            const V out2 = plan.output(in, 2);
-            L::store(dst + 3 * x, out0);
-            L::store(dst + 3 * x + 16, out1);
-            L::store(dst + 3 * x + 32, out2);
-        }
+        x = BlockPlan<SrcPixel>(order).blocks(src, dst, n);
     }
 #if !defined(__SSSE3__)
     if constexpr (SrcPixel == 4) {
