@@ -1,17 +1,7 @@
 # Installs the built libraries into a scratch prefix, then builds and runs a small host
 # program against them: once with find_package(nuv), once with pkg-config.
-file(REMOVE_RECURSE ${WORK_DIR})
-set(prefix ${WORK_DIR}/prefix)
-
-function(run)
-    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
-    if(NOT result EQUAL 0)
-        message(FATAL_ERROR "failed: ${ARGN}\n${out}\n${err}")
-    endif()
-endfunction()
-
-run(${CMAKE_COMMAND} --install ${NUV_BINARY_DIR} --prefix ${prefix})
-foreach(file include/nuv/core.h include/nuv/cv.h include/nuv/primitives.h
+include(${CMAKE_CURRENT_LIST_DIR}/install_prefix.cmake)
+foreach(file include/nuv/core.h include/nuv/cv.h include/nuv/primitives.h include/nuv/opencv.h
              lib/pkgconfig/nuv_core.pc lib/pkgconfig/nuv_cv.pc lib/cmake/nuv/nuvConfig.cmake)
     if(NOT EXISTS ${prefix}/${file})
         message(FATAL_ERROR "not installed: ${file}")
