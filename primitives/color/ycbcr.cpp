@@ -42,6 +42,39 @@ void toYCbCrBlockM7(Byte const* s, Byte* d) {
 using L = Lanes<16>;
 using V = L::V;
 
+// 16 pixels as planes through Planes, or 32 pixels as two sets of planes joined into 32-byte
+// lanes: the pixel moves stay 16 bytes wide, the arithmetic takes the wide lanes.
+template <void (*Arithmetic)(V const (&)[3], V (&)[3])>
+void block16(Byte const* s, Byte* d) {
+    const Planes in = loadChannels(s);
+    Planes out;
+    Arithmetic(in.c, out.c);
+    storeChannels(out, d);
+}
+// One half of a plane of bytes as words scaled by 2^7, less the centre first.
+template <class WL>
+typename WL::V centred(typename WL::V plane, bool high, int centre) {
+    return WL::template shiftWordsLeft<7>(
+        WL::subWords(high ? WL::widenHigh(plane) : WL::widenLow(plane), WL::words(centre)));
+}
+
+#if defined(__AVX2__)
+using WideL = Lanes<32>;
+template <void (*Arithmetic)(WideL::V const (&)[3], WideL::V (&)[3])>
+void block32(Byte const* s, Byte* d) {
+    Planes first = loadChannels(s), second = loadChannels(s + 48);
+    WideL::V in[3], out[3];
+    for (int c = 0; c < 3; ++c) in[c] = WideL::combine(first.c[c], second.c[c]);
+    Arithmetic(in, out);
+    for (int c = 0; c < 3; ++c) {
+        first.c[c] = WideL::lowHalf(out[c]);
+        second.c[c] = WideL::highHalf(out[c]);
+    }
+    storeChannels(first, d);
+    storeChannels(second, d + 48);
+}
+#endif
+
 // m7's block, 16 pixels: the products in 32 bits, r and g summed in word pairs.
 V m7Quarter(V rg, V b0, int wr, int wg, int wb, int offset) {
     const V partial = L::shiftIntsRightSigned<11>(L::mulAddPairs(rg, L::wordPairs(wr, wg)));
@@ -72,42 +105,34 @@ void toYCbCrBlockM7x16(Byte const* s, Byte* d) {
 }
 
 #if defined(__SSSE3__)
-// The later block, 16 pixels: rounded Q15 products of the channels scaled by 2^7, summed
-// with an offset of 16 or 128 plus 2/64, shifted with the sign: it floors.
+// The later block: rounded Q15 products of the channels scaled by 2^7, summed with an offset
+// of 16 or 128 plus 2/64, shifted with the sign: it floors. Written once over lanes of words,
+// for 16 pixels in 16-byte lanes and, where AVX2 has them, 32 pixels in 32-byte lanes.
 
-V q15(V x, int c) {
-    return L::mulRoundedQ15(x, L::words(c));
+template <class WL>
+typename WL::V q15(typename WL::V x, int c) {
+    return WL::mulRoundedQ15(x, WL::words(c));
 }
-// One half (8 pixels) of each channel as words scaled by 2^7.
-struct Scaled {
-    V r, g, b;
-};
-V channelWords(V plane, bool high) {
-    return L::shiftWordsLeft<7>(high ? L::widenHigh(plane) : L::widenLow(plane));
-}
-void toYCbCrWords(Scaled const& x, V& y, V& cb, V& cr) {
-    y = L::addWords(L::addWords(q15(x.r, 4211), q15(x.g, 8258)),
-                    L::addWords(q15(x.b, 1606), L::words(1026)));
-    cb = L::addWords(L::subWords(L::subWords(q15(x.b, 7193), q15(x.g, 4768)), q15(x.r, 2425)),
-                     L::words(8194));
-    cr = L::addWords(L::subWords(L::subWords(q15(x.r, 7193), q15(x.g, 6029)), q15(x.b, 1163)),
-                     L::words(8194));
-    y = L::shiftWordsRightSigned<6>(y);
-    cb = L::shiftWordsRightSigned<6>(cb);
-    cr = L::shiftWordsRightSigned<6>(cr);
-}
-void toYCbCrBlock16(Byte const* s, Byte* d) {
-    const Planes rgb = loadChannels(s);
-    V lo[3], hi[3];
+template <class WL>
+void toYCbCrPlanes(typename WL::V const (&rgb)[3], typename WL::V (&ycc)[3]) {
+    using W = typename WL::V;
+    W out[2][3];
     for (int half = 0; half < 2; ++half) {
-        const Scaled x{channelWords(rgb.c[0], half), channelWords(rgb.c[1], half),
-                       channelWords(rgb.c[2], half)};
-        V* out = half ? hi : lo;
-        toYCbCrWords(x, out[0], out[1], out[2]);
+        const W r = centred<WL>(rgb[0], half, 0), g = centred<WL>(rgb[1], half, 0),
+                b = centred<WL>(rgb[2], half, 0);
+        const W y = WL::addWords(WL::addWords(q15<WL>(r, 4211), q15<WL>(g, 8258)),
+                                 WL::addWords(q15<WL>(b, 1606), WL::words(1026)));
+        const W cb = WL::addWords(
+            WL::subWords(WL::subWords(q15<WL>(b, 7193), q15<WL>(g, 4768)), q15<WL>(r, 2425)),
+            WL::words(8194));
+        const W cr = WL::addWords(
+            WL::subWords(WL::subWords(q15<WL>(r, 7193), q15<WL>(g, 6029)), q15<WL>(b, 1163)),
+            WL::words(8194));
+        out[half][0] = WL::template shiftWordsRightSigned<6>(y);
+        out[half][1] = WL::template shiftWordsRightSigned<6>(cb);
+        out[half][2] = WL::template shiftWordsRightSigned<6>(cr);
     }
-    Planes ycc;
-    for (int c = 0; c < 3; ++c) ycc.c[c] = L::narrow(lo[c], hi[c]);
-    storeChannels(ycc, d);
+    for (int c = 0; c < 3; ++c) ycc[c] = WL::narrow(out[0][c], out[1][c]);
 }
 #endif
 
@@ -115,7 +140,10 @@ void toYCbCrRow(Byte const* s, Byte* d, int width) {
     int x = 0;
     if constexpr (kShuffles) {
 #if defined(__SSSE3__)
-        for (; x + 16 <= width; x += 16) toYCbCrBlock16(s + 3 * x, d + 3 * x);
+#if defined(__AVX2__)
+        for (; x + 32 <= width; x += 32) block32<toYCbCrPlanes<WideL>>(s + 3 * x, d + 3 * x);
+#endif
+        for (; x + 16 <= width; x += 16) block16<toYCbCrPlanes<L>>(s + 3 * x, d + 3 * x);
 #endif
     } else {
         const int block = width & ~7;
@@ -151,37 +179,35 @@ void toRgbBlockPixel(Byte const* s, Byte* d) {
     d[2] = static_cast<Byte>(rgbChannel(y, u, v, 0, 16523));
 }
 
-V rgbWords(V y, V u, V v, int wr, int wb) {
-    V s = L::addWordsSaturated(y, L::mulHighWords(v, L::words(wr)));
-    s = L::addWordsSaturated(s, L::mulHighWords(u, L::words(wb)));
-    s = L::addWordsSaturated(s, L::words(8));
-    return L::shiftWordsRightSigned<4>(s);
+template <class WL>
+typename WL::V rgbWords(typename WL::V y, typename WL::V u, typename WL::V v, int wr, int wb) {
+    typename WL::V s = WL::addWordsSaturated(y, WL::mulHighWords(v, WL::words(wr)));
+    s = WL::addWordsSaturated(s, WL::mulHighWords(u, WL::words(wb)));
+    s = WL::addWordsSaturated(s, WL::words(8));
+    return WL::template shiftWordsRightSigned<4>(s);
 }
-V centred(V plane, bool high, int centre) {
-    return L::shiftWordsLeft<7>(
-        L::subWords(high ? L::widenHigh(plane) : L::widenLow(plane), L::words(centre)));
-}
-void toRgbBlock16(Byte const* s, Byte* d) {
-    const Planes ycc = loadChannels(s);
-    V lo[3], hi[3];
+template <class WL>
+void toRgbPlanes(typename WL::V const (&ycc)[3], typename WL::V (&rgb)[3]) {
+    using W = typename WL::V;
+    W out[2][3];
     for (int half = 0; half < 2; ++half) {
-        const V y = L::mulHighWords(centred(ycc.c[0], half, 16), L::words(9536));
-        const V u = centred(ycc.c[1], half, 128), v = centred(ycc.c[2], half, 128);
-        V* out = half ? hi : lo;
-        out[0] = rgbWords(y, u, v, 13074, 0);
-        out[1] = rgbWords(y, u, v, -6660, -3203);
-        out[2] = rgbWords(y, u, v, 0, 16523);
+        const W y = WL::mulHighWords(centred<WL>(ycc[0], half, 16), WL::words(9536));
+        const W u = centred<WL>(ycc[1], half, 128), v = centred<WL>(ycc[2], half, 128);
+        out[half][0] = rgbWords<WL>(y, u, v, 13074, 0);
+        out[half][1] = rgbWords<WL>(y, u, v, -6660, -3203);
+        out[half][2] = rgbWords<WL>(y, u, v, 0, 16523);
     }
-    Planes rgb;
-    for (int c = 0; c < 3; ++c) rgb.c[c] = L::narrow(lo[c], hi[c]);
-    storeChannels(rgb, d);
+    for (int c = 0; c < 3; ++c) rgb[c] = WL::narrow(out[0][c], out[1][c]);
 }
 
 // Blocks of 8 and one of 4 cover all but the last width & 3 pixels, in every generation.
 void toRgbRow(Byte const* s, Byte* d, int width) {
     const int block = width & ~3;
     int x = 0;
-    for (; x + 16 <= block; x += 16) toRgbBlock16(s + 3 * x, d + 3 * x);
+#if defined(__AVX2__)
+    for (; x + 32 <= block; x += 32) block32<toRgbPlanes<WideL>>(s + 3 * x, d + 3 * x);
+#endif
+    for (; x + 16 <= block; x += 16) block16<toRgbPlanes<L>>(s + 3 * x, d + 3 * x);
     for (; x < block; ++x) toRgbBlockPixel(s + 3 * x, d + 3 * x);
     for (; x < width; ++x) toRgbTail(s + 3 * x, d + 3 * x);
 }

@@ -408,6 +408,19 @@ struct Lanes<32> {
     static V shiftWordsRight(V a, __m128i count) {
         return _mm256_srl_epi16(a, count);
     }
+    // The high 16 bits of the 32-bit products of signed words.
+    static V mulHighWords(V a, V b) {
+        return _mm256_mulhi_epi16(a, b);
+    }
+    // (a * b + 0x4000) >> 15 on signed words: the rounded high half of a Q15 product.
+    static V mulRoundedQ15(V a, V b) {
+        return _mm256_mulhrs_epi16(a, b);
+    }
+    // Words shifted right with their sign (floors).
+    template <int N>
+    static V shiftWordsRightSigned(V a) {
+        return _mm256_srai_epi16(a, N);
+    }
     template <int N>
     static V shiftWordsRight(V a) {
         return _mm256_srli_epi16(a, N);
