@@ -1,0 +1,162 @@
+// The front end's functions over images: each takes arrays or nuv.Image objects and gives
+// back arrays over the result's pixels.
+#include "images.h"
+#include "module.h"
+#include "values.h"
+
+#include <nuv/cv.h>
+
+#include <pybind11/stl.h>
+
+namespace nuvpy {
+
+using nuv::core::Size;
+using namespace pybind11::literals;
+
+namespace {
+
+using Raw = Image (*)(char const*, unsigned int, Size const&);
+
+// A function of one image and further plain arguments, giving an image.
+template <typename... Args, typename... Extra>
+void defImage(py::module_& m, char const* name, Image (*f)(Image const&, Args...),
+              Extra const&... extra) {
+    m.def(
+        name,
+        [f](py::handle a, Args... args) {
+            const Image source = image(a);
+            return array(f(source, args...), {&source});
+        },
+        "image"_a, extra...);
+}
+
+// A single conversion: the region's first pixel, the step and the region's size go to the
+// conversion, which trusts them, so the channel count it reads is checked here.
+void defRaw(py::module_& m, char const* name, Raw f, unsigned int channels) {
+    m.def(
+        name,
+        [f, channels, name](py::handle a) {
+            const Image source = image(a);
+            if (source.info().numChannels != channels)
+                throw py::type_error(std::string(name) + " reads " + std::to_string(channels) +
+                                     "-channel pixels, the image has " +
+                                     std::to_string(source.info().numChannels));
+            char const* first;
+            const Size size = getRoi(source, &first).size();
+            return array(f(first, source.step(), size), {&source});
+        },
+        "image"_a,
+        "The region's pixels converted as the name says, whatever format the image carries.");
+}
+
+}  // namespace
+
+void bindOperations(py::module_& m) {
+    defImage(m, "copyRoi", nuv::cv::copyRoi, "The region of interest of a 3-channel image.");
+    defImage(m, "mirrorHorizontal", nuv::cv::mirrorHorizontal, "The region upside down.");
+    defImage(m, "mirrorVertical", nuv::cv::mirrorVertical, "The region reversed left to right.");
+    defImage(m, "mirrorHorizontalAndVertical", nuv::cv::mirrorHorizontalAndVertical,
+             "The region turned by half a turn.");
+    defImage(m, "transpose", nuv::cv::transpose, "The region with rows and columns swapped.");
+    m.def(
+        "mirror",
+        [](py::handle a, int axis) {
+            // The library asserts on another axis; here it is the caller's error.
+            if (axis < 0 || axis > 2) throw py::value_error("axis is 0 (rows), 1 (columns) or 2");
+            const Image source = image(a);
+            return array(::mirror(source, axis), {&source});
+        },
+        "image"_a, "axis"_a);
+    m.def(
+        "addition",
+        [](py::handle a, py::handle b) {
+            const Image first = image(a), second = image(b);
+            return array(nuv::cv::addition(first, second), {&first, &second});
+        },
+        "a"_a, "b"_a, "The rounded mean of two images of one description.");
+    defImage(m, "convert", nuv::cv::convert, "format"_a,
+             "The region in another format; None where no conversion exists.");
+    const struct {
+        char const* name;
+        Raw f;
+        unsigned int channels;
+    } conversions[] = {
+        {"RGBtoBGR", nuv::cv::RGBtoBGR, 3},     {"BGRtoRGB", nuv::cv::BGRtoRGB, 3},
+        {"HSVtoRGB", nuv::cv::HSVtoRGB, 3},     {"HSVtoBGR", nuv::cv::HSVtoBGR, 3},
+        {"HLStoRGB", nuv::cv::HLStoRGB, 3},     {"HLStoBGR", nuv::cv::HLStoBGR, 3},
+        {"RGBtoHLS", nuv::cv::RGBtoHLS, 3},     {"RGBtoHSV", nuv::cv::RGBtoHSV, 3},
+        {"BGRtoHSV", nuv::cv::BGRtoHSV, 3},     {"RGBtoYCbCr", nuv::cv::RGBtoYCbCr, 3},
+        {"YCbCrToRGB", nuv::cv::YCbCrToRGB, 3}, {"YCbCrToBGR", nuv::cv::YCbCrToBGR, 3},
+        {"GrayToRGB", nuv::cv::GrayToRGB, 1},   {"GrayToBGR", nuv::cv::GrayToBGR, 1},
+        {"toGray", nuv::cv::toGray, 3},         {"BGRAtoBGR", nuv::cv::BGRAtoBGR, 4},
+        {"BGRAtoRGB", nuv::cv::BGRAtoRGB, 4},
+    };
+    for (auto const& c : conversions) defRaw(m, c.name, c.f, c.channels);
+
+    defImage(m, "thresholdLT", nuv::cv::thresholdLT, "threshold"_a, "value"_a,
+             "Bytes below the threshold become value.");
+    defImage(m, "thresholdGT", nuv::cv::thresholdGT, "threshold"_a, "value"_a,
+             "Bytes above the threshold become value.");
+    defImage(m, "inRange", nuv::cv::inRange, "lower"_a, "upper"_a,
+             "A Gray mask: 255 where every channel is in its bounds.");
+    m.def(
+        "mean", [](py::handle a) { return nuv::cv::mean(image(a)); }, "image"_a,
+        "The truncated mean of each channel of the region.");
+    m.def(
+        "minmax",
+        [](py::handle a) {
+            nuv::core::Vector<int> low, high;
+            nuv::cv::minmax(image(a), low, high);
+            return py::make_tuple(low, high);
+        },
+        "image"_a, "(min, max) per channel of the region.");
+    defImage(m, "canny", nuv::cv::canny, "threshold1"_a, "threshold2"_a,
+             "Canny edges of a one-channel region.");
+    m.def(
+        "labelmarkers",
+        [](py::handle a) {
+            const Image source = image(a);
+            int count = 0;
+            py::object labels = array(nuv::cv::labelmarkers(source, &count), {&source});
+            return py::make_tuple(labels, count);
+        },
+        "image"_a, "(labels, number of components) of a Gray region.");
+    m.def(
+        "labelmarkersinfo",
+        [](py::handle a, int minSize) {
+            nuv::core::Vector<nuv::core::Point> centers;
+            nuv::core::Vector<int> sizes;
+            nuv::cv::labelmarkersinfo(image(a), minSize, centers, sizes);
+            return py::make_tuple(centers, sizes);
+        },
+        "labels"_a, "minSize"_a, "(centres, pixel counts) of the labels of at least minSize.");
+    m.def("friendlyName", &nuv::core::image::friendlyName, "format"_a, "channel"_a = -1);
+}
+
+void bindFilters(py::module_& filter) {
+    namespace f = nuv::cv::filter;
+    py::enum_<f::PredefindedFilter_t>(filter, "PredefindedFilter_t")
+        .value("PredefindedFilterNone", f::PredefindedFilterNone)
+        .value("PredefindedFilterSobelHoriz3x3", f::PredefindedFilterSobelHoriz3x3)
+        .value("PredefindedFilterSobelVert3x3", f::PredefindedFilterSobelVert3x3)
+        .export_values();
+    filter.def("friendlyName", &f::friendlyName, "type"_a);
+    defImage(filter, "filter", f::filter, "type"_a, "border"_a);
+    defImage(filter, "sobelHoriz3x3", f::sobelHoriz3x3, "border"_a);
+    defImage(filter, "sobelVert3x3", f::sobelVert3x3, "border"_a);
+    filter.def(
+        "replicateBorder",
+        [](py::handle a, std::array<unsigned int, 4> kernel) {
+            const Image source = image(a);
+            return array(
+                f::replicateBorder(source, f::Kernel(kernel[0], kernel[1], kernel[2], kernel[3])),
+                {&source});
+        },
+        "image"_a, "kernel"_a, "kernel is (width, height, anchor x, anchor y).");
+    defImage(filter, "min", f::min, "mask"_a,
+             "The minimum over a (w, h) mask where it fits in the region.");
+    defImage(filter, "max", f::max, "mask"_a,
+             "The maximum over a (w, h) mask where it fits in the region.");
+}
+
+}  // namespace nuvpy
