@@ -73,8 +73,12 @@ int main(int argc, char** argv) {
                     shared ? "segmented in place (no pixel copied)" : "COPIED");
         if (!shared) return 1;
 
-        nuv::core::image::SegmentList const found =
-            nuv::core::image::segmentList(segmenter.doSegmentation(image));
+        // The result shares the frame's pixels too: only the segment list is new.
+        nuv::core::image::Image const result = segmenter.doSegmentation(image);
+        std::printf("  pixels at %p: frame, image and result alike (%s)\n",
+                    static_cast<void const*>(frame.data),
+                    result.constData() == frame.data ? "yes" : "no");
+        nuv::core::image::SegmentList const found = nuv::core::image::segmentList(result);
         for (auto it = found.constBegin(); it != found.constEnd(); ++it)
             if (it->pixelCount > 0)
                 std::printf("  %-8s %7u pixels, centre (%d, %d)\n", it->name.c_str(),

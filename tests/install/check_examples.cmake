@@ -21,6 +21,7 @@ build_example(cpp_host)
 run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/lib ${WORK_DIR}/cpp_host/segment_frames
     ${NUV_SOURCE_DIR}/data/frame.png ${NUV_SOURCE_DIR}/data/classes.txt)
 expect("${run_output}" "frame 0: 640x480, segmented in place \\(no pixel copied\\)"
+       "frame, image and result alike \\(yes\\)"
        "\n  ball +11929 pixels, centre \\(170, 300\\)\n"
        "\n  cone +6657 pixels, centre \\(150, 113\\)\n")
 
