@@ -222,6 +222,7 @@ TEST_P(LabelSweep, FillRecordsAndRegion) {
     EXPECT_EQ(f4(img, 1, {0, 2}, {5, 0}, 1, &region, img), ippStsSizeErr);
     EXPECT_EQ(f4(img, 1, {2, 2}, {5, 0}, 1, &region, img), ippStsStepErr);
     EXPECT_EQ(f4(img, 2, {2, 2}, {0, 2}, 1, &region, img), ippStsOutOfRangeErr);
+    EXPECT_EQ(f4(img, 2, {2, 2}, {2, 0}, 1, &region, img), ippStsOutOfRangeErr);
     EXPECT_EQ(f4(img, 2, {2, 2}, {-1, 0}, 1, &region, img), ippStsOutOfRangeErr);
     EXPECT_EQ(bodies::ippiFloodFillGetSize[slot]({1, 0}, nullptr), ippStsNullPtrErr);
     EXPECT_EQ(Bytes(img, img + 4), Bytes(4, 0));
