@@ -2,7 +2,10 @@
 
 #include <nuv/primitives.h>
 
+#include "cv/bands.h"
 #include "cv/region.h"
+
+#include <algorithm>
 
 namespace nuv::cv {
 
@@ -13,6 +16,36 @@ namespace {
 
 bool isGray(Image const& image) {
     return image.info().format == nuv::core::image::Gray;
+}
+
+// The extremes of the hues moved by 127 on the circle, moved back: a band of rows at a time
+// through one small buffer, the bands' extremes combined. Without a buffer the extremes
+// keep their first values, which the refused measurement would leave, and are moved back
+// all the same.
+void wrappedHueExtremes(Region const& region, Ipp8u& lo, Ipp8u& hi) {
+    const int rows = bandRows(region.size.width, region.size.height);
+    int bufStep = 0;
+    Ipp8u* hues = ippiMalloc_8u_C1(region.size.width, rows, &bufStep);
+    if (hues != nullptr) {
+        Ipp8u bandLo = 255, bandHi = 0;
+        lo = 255;
+        hi = 0;
+        for (int y = 0; y < region.size.height; y += rows) {
+            const IppiSize band{region.size.width, std::min(rows, region.size.height - y)};
+            ippiCopy_8u_C3C1R(region.data + static_cast<std::ptrdiff_t>(y) * region.step,
+                              region.step, hues, bufStep, band);
+            for (int r = 0; r < band.height; ++r) {
+                Ipp8u* row = hues + static_cast<std::ptrdiff_t>(r) * bufStep;
+                for (int x = 0; x < band.width; ++x) row[x] = static_cast<Ipp8u>(row[x] + 127);
+            }
+            ippiMinMax_8u_C1R(hues, bufStep, band, &bandLo, &bandHi);
+            lo = std::min(lo, bandLo);
+            hi = std::max(hi, bandHi);
+        }
+        ippiFree(hues);
+    }
+    lo = static_cast<Ipp8u>(lo - 127);
+    hi = static_cast<Ipp8u>(hi - 127);
 }
 
 }  // namespace
@@ -51,17 +84,7 @@ void minmax(Image const& image, Vector<int>& min, Vector<int>& max) {
     // with every hue moved by 127, then moved back.
     if ((format == nuv::core::image::HSV || format == nuv::core::image::HLS) &&
         hi[0] - lo[0] > 128) {
-        int bufStep = 0;
-        Ipp8u* hues = ippiMalloc_8u_C1(region.size.width, region.size.height, &bufStep);
-        ippiCopy_8u_C3C1R(region.data, region.step, hues, bufStep, region.size);
-        for (int y = 0; y < region.size.height; ++y) {
-            Ipp8u* row = hues + static_cast<std::ptrdiff_t>(y) * bufStep;
-            for (int x = 0; x < region.size.width; ++x) row[x] = static_cast<Ipp8u>(row[x] + 127);
-        }
-        ippiMinMax_8u_C1R(hues, bufStep, region.size, &lo[0], &hi[0]);
-        lo[0] = static_cast<Ipp8u>(lo[0] - 127);
-        hi[0] = static_cast<Ipp8u>(hi[0] - 127);
-        ippiFree(hues);
+        wrappedHueExtremes(region, lo[0], hi[0]);
     }
     for (int c = 0; c < channels; ++c) {
         min[c] = lo[c];

@@ -3,6 +3,7 @@
 #include <nuv/core/Log.h>
 #include <nuv/primitives.h>
 
+#include "cv/bands.h"
 #include "cv/region.h"
 
 #include <algorithm>
@@ -44,6 +45,34 @@ bool isHueFormat(nuv::core::image::Format format) {
     return format == nuv::core::image::HSV || format == nuv::core::image::HLS;
 }
 
+// Runs pass(source, mask, band) over the region's rows, `rows` at a time.
+template <typename Pass>
+void forEachBand(Region const& region, Image& result, int rows, Pass pass) {
+    Ipp8u* mask = result.data();
+    const std::ptrdiff_t maskStep = result.step();
+    for (int y = 0; y < region.size.height; y += rows) {
+        const IppiSize band{region.size.width, std::min(rows, region.size.height - y)};
+        pass(region.data + static_cast<std::ptrdiff_t>(y) * region.step, mask + y * maskStep, band);
+    }
+}
+
+// The three-channel mask of one band of rows, made in the working buffer: the copy, the hue
+// shift when the range wraps, then the three passes.
+void maskBand(Ipp8u const* source, int sourceStep, Ipp8u* buffer, int tmpStep, Ipp8u* mask,
+              int maskStep, IppiSize band, bool wrapped, Ipp8u const* lo, Ipp8u const* hi) {
+    ippiCopy_8u_C3R(source, sourceStep, buffer, tmpStep, band);
+    if (wrapped) {
+        for (int y = 0; y < band.height; ++y) {
+            Ipp8u* row = buffer + static_cast<std::ptrdiff_t>(y) * tmpStep;
+            for (int x = 0; x < band.width; ++x) row[3 * x] = static_cast<Ipp8u>(row[3 * x] + 127);
+        }
+    }
+    Ipp8u const ones[3] = {1, 1, 1}, zeros[3] = {0, 0, 0};
+    ippiThreshold_LT_8u_C3IR(buffer, tmpStep, band, ones);
+    ippiThreshold_LTValGTVal_8u_C3IR(buffer, tmpStep, band, lo, zeros, hi, zeros);
+    ippiCompareC_8u_C3R(buffer, tmpStep, zeros, mask, maskStep, band, ippCmpGreater);
+}
+
 }  // namespace
 
 Image thresholdLT(Image const& image, int threshold, int value) {
@@ -75,13 +104,19 @@ Image inRange(Image const& image, Vector<int> const& lower, Vector<int> const& u
     const IppiSize size = region.size;
 
     if (channels == 1) {
-        Image temporary(region.info);
+        // The temporary holds one band of rows at a time.
+        ImageInfo bandInfo = region.info;
+        bandInfo.height = static_cast<unsigned int>(bandRows(size.width, size.height));
+        Image temporary(bandInfo);
+        Ipp8u* const tmp = temporary.data();
         const int tmpStep = static_cast<int>(temporary.step());
-        ippiThreshold_LT_8u_C1R(region.data, region.step, temporary.data(), tmpStep, size, 1);
-        ippiThreshold_LTValGTVal_8u_C1IR(temporary.data(), tmpStep, size, clamped(lower[0], 0), 0,
-                                         clamped(upper[0], 0), 0);
-        ippiCompareC_8u_C1R(temporary.constData(), tmpStep, 0, result.data(), resultStep, size,
-                            ippCmpGreater);
+        const Ipp8u lo = clamped(lower[0], 0), hi = clamped(upper[0], 0);
+        forEachBand(region, result, static_cast<int>(bandInfo.height),
+                    [&](Ipp8u const* source, Ipp8u* mask, IppiSize band) {
+                        ippiThreshold_LT_8u_C1R(source, region.step, tmp, tmpStep, band, 1);
+                        ippiThreshold_LTValGTVal_8u_C1IR(tmp, tmpStep, band, lo, 0, hi, 0);
+                        ippiCompareC_8u_C1R(tmp, tmpStep, 0, mask, resultStep, band, ippCmpGreater);
+                    });
         return Image(result);
     }
     if (channels != 3) {
@@ -94,24 +129,23 @@ Image inRange(Image const& image, Vector<int> const& lower, Vector<int> const& u
         lo[c] = clamped(lower[c], 1);
         hi[c] = clamped(upper[c], 1);
     }
-    int tmpStep = 0;
-    Ipp8u* buffer = ippiMalloc_8u_C3(size.width, size.height, &tmpStep);
-    ippiCopy_8u_C3R(region.data, region.step, buffer, tmpStep, size);
     // A hue range round the wrap: every hue and both bounds move by 127 (not 128) on the
     // circle, and the bounds are taken as they come out, unclamped.
-    if (isHueFormat(image.info().format) &&
-        (upper[0] > 255 || lower[0] < 0 || lower[0] > upper[0])) {
-        for (int y = 0; y < size.height; ++y) {
-            Ipp8u* row = buffer + static_cast<std::ptrdiff_t>(y) * tmpStep;
-            for (int x = 0; x < size.width; ++x) row[3 * x] = static_cast<Ipp8u>(row[3 * x] + 127);
-        }
+    const bool wrapped =
+        isHueFormat(image.info().format) && (upper[0] > 255 || lower[0] < 0 || lower[0] > upper[0]);
+    if (wrapped) {
         lo[0] = static_cast<Ipp8u>(lower[0] + 127);
         hi[0] = static_cast<Ipp8u>(upper[0] + 127);
     }
-    Ipp8u const ones[3] = {1, 1, 1}, zeros[3] = {0, 0, 0};
-    ippiThreshold_LT_8u_C3IR(buffer, tmpStep, size, ones);
-    ippiThreshold_LTValGTVal_8u_C3IR(buffer, tmpStep, size, lo, zeros, hi, zeros);
-    ippiCompareC_8u_C3R(buffer, tmpStep, zeros, result.data(), resultStep, size, ippCmpGreater);
+    const int rows = bandRows(3LL * size.width, size.height);
+    int tmpStep = 0;
+    Ipp8u* buffer = ippiMalloc_8u_C3(size.width, rows, &tmpStep);
+    // Without a buffer the result keeps its constructor's pixels, as the refused passes would
+    // leave it.
+    if (buffer == nullptr) return Image(result);
+    forEachBand(region, result, rows, [&](Ipp8u const* source, Ipp8u* mask, IppiSize band) {
+        maskBand(source, region.step, buffer, tmpStep, mask, resultStep, band, wrapped, lo, hi);
+    });
     ippiFree(buffer);
     return Image(result);
 }

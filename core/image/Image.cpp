@@ -1,5 +1,7 @@
 #include <nuv/core/image/Image.h>
 
+#include "core/image/pixel_memory.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
@@ -14,23 +16,19 @@ namespace nuv::core::image {
 
 namespace {
 
-// Rows start on cache-line boundaries when the step allows it, and every vector width the
-// primitives use divides this.
-constexpr std::size_t pixelAlignment = 64;
-
-struct AlignedDelete {
-    void operator()(unsigned char* bytes) const {
-        ::operator delete(bytes, std::align_val_t(pixelAlignment));
-    }
+// Pixels the image allocated itself go back to the store of released buffers.
+struct StoredDelete {
+    std::size_t capacity;
+    void operator()(unsigned char* bytes) const { pixels::releaseBlock({bytes, capacity}); }
 };
 
 // Throws std::bad_alloc when the memory cannot be had.
 std::shared_ptr<unsigned char> allocatePixels(std::size_t bytes) {
     // A zero-sized image still gets a distinct buffer, so that only the null image has a
     // null data pointer.
-    void* block = ::operator new(std::max<std::size_t>(bytes, 1), std::align_val_t(pixelAlignment));
-    // Should the control block fail to allocate, the deleter frees the pixels.
-    return std::shared_ptr<unsigned char>(static_cast<unsigned char*>(block), AlignedDelete());
+    const pixels::Block block = pixels::acquireBlock(bytes);
+    // Should the control block fail to allocate, the deleter releases the pixels.
+    return std::shared_ptr<unsigned char>(block.bytes, StoredDelete{block.capacity});
 }
 
 std::size_t bufferBytes(unsigned long long step, unsigned int height) {

@@ -19,6 +19,7 @@
 #include <nuv/core/printers.h>
 
 #include <nuv/core/image/Format.h>
+#include <nuv/core/image/BufferStore.h>
 #include <nuv/core/image/Image.h>
 #include <nuv/core/image/ImageInfo.h>
 #include <nuv/core/image/OpenCV.h>

@@ -1,5 +1,6 @@
 // A long run of frames through the segmenter and the conversion and filter chain: the
-// resident memory after a warm-up and at the end may differ by a small bound only. Under the
+// resident memory after a warm-up and at the end may differ by a small bound only, and the
+// store of released buffers holds no more at the end than after the warm-up. Under the
 // sanitizers the bound is left to the leak check at exit (their quarantine keeps freed
 // memory resident on purpose). NUV_SOAK_FRAMES sets the length (`make soak` runs long).
 #include <nuv/cv.h>
@@ -64,9 +65,13 @@ TEST(Soak, ResidentMemoryStaysFlatOverManyFrames) {
 
     for (int k = 0; k < 40; ++k) oneFrame(frameOf(k, rng), segmenter, hough);
     const long before = residentBytes();
+    const std::size_t storedBefore = bufferStoreBytes();
     for (int k = 0; k < frames; ++k) oneFrame(frameOf(k, rng), segmenter, hough);
     const long after = residentBytes();
     nuv::cv::HoughTransform::freeBuffer();
+    // Frames of one size find their buffers waiting: the store does not grow either.
+    EXPECT_LE(bufferStoreBytes(), storedBefore);
+    EXPECT_GT(storedBefore, 0u);
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "resident memory is the sanitizer's; the leak check at exit judges";
 #else

@@ -11,9 +11,11 @@
 #include <gtest/gtest.h>
 #include <opencv2/core.hpp>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -152,6 +154,39 @@ TEST(Threads, LogLinesStayWhole) {
         const int t = line[7] - '0';
         ASSERT_EQ(line, "thread " + std::to_string(t) + " line " + std::to_string(next[t]++));
     }
+}
+
+// Threads that make and drop images of a few sizes while another bounds and empties the
+// store: no buffer is ever handed to two live images, and the bound holds.
+TEST(Threads, BufferStoreGivesEachBufferToOneImage) {
+    setBufferStoreLimit(std::size_t(8) << 20);
+    std::vector<std::thread> threads;
+    std::vector<int> damaged(4, 0);
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t, &damaged] {
+            std::vector<std::pair<Image, unsigned char>> alive;
+            for (int k = 0; k < 400; ++k) {
+                Image image(ImageInfo(100 + 60 * (k % 3), 80, BGR));
+                const unsigned char mark = static_cast<unsigned char>(16 * t + k % 16);
+                std::fill_n(image.data(), image.step() * 80, mark);
+                alive.emplace_back(image, mark);
+                if (alive.size() > 3) alive.erase(alive.begin());
+                for (auto const& [kept, its] : alive) {
+                    const std::ptrdiff_t bytes = kept.step() * 80;
+                    damaged[t] +=
+                        std::count(kept.constData(), kept.constData() + bytes, its) != bytes;
+                }
+            }
+        });
+    for (int k = 0; k < 50; ++k) {
+        setBufferStoreLimit(std::size_t(k % 5) << 18);
+        if (k % 7 == 0) emptyBufferStore();
+        EXPECT_LE(bufferStoreBytes(), bufferStoreLimit());
+        std::this_thread::yield();
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(damaged, std::vector<int>(4, 0));
+    setBufferStoreLimit(std::size_t(256) << 20);
 }
 
 }  // namespace
