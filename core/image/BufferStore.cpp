@@ -2,6 +2,8 @@
 
 #include "core/image/pixel_memory.h"
 
+#include <sys/mman.h>
+
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -53,12 +55,24 @@ std::size_t sizeClass(std::size_t bytes) {
     return (bytes + granule - 1) & ~(granule - 1);
 }
 
-unsigned char* allocate(std::size_t capacity) {
-    return static_cast<unsigned char*>(::operator new(capacity, std::align_val_t(pixelAlignment)));
+// Buffers of whole huge pages start on one and ask the kernel for huge pages: a new
+// 1920x1080 colour frame then costs a handful of page faults instead of 1,500, and a walk
+// across its rows (a transposition) far fewer misses of the address cache. The kernel may
+// say no; the buffer works all the same.
+constexpr std::size_t hugePage = std::size_t(2) << 20;
+
+std::size_t alignmentFor(std::size_t capacity) {
+    return capacity >= hugePage ? hugePage : pixelAlignment;
 }
 
-void deallocate(unsigned char* bytes) noexcept {
-    ::operator delete(bytes, std::align_val_t(pixelAlignment));
+unsigned char* allocate(std::size_t capacity) {
+    void* bytes = ::operator new(capacity, std::align_val_t(alignmentFor(capacity)));
+    if (capacity >= hugePage) madvise(bytes, capacity & ~(hugePage - 1), MADV_HUGEPAGE);
+    return static_cast<unsigned char*>(bytes);
+}
+
+void deallocate(unsigned char* bytes, std::size_t capacity) noexcept {
+    ::operator delete(bytes, std::align_val_t(alignmentFor(capacity)));
 }
 
 class Store {
@@ -150,7 +164,7 @@ private:
     static void dispose(std::vector<Waiting> const& freed) {
         for (Waiting const& w : freed) {
             NUV_UNPOISON(w.bytes, w.capacity);
-            deallocate(w.bytes);
+            deallocate(w.bytes, w.capacity);
         }
     }
 
@@ -182,14 +196,14 @@ Block acquireBlock(std::size_t bytes) {
 
 void releaseBlock(Block block) noexcept {
     if (block.capacity < smallestStored) {
-        deallocate(block.bytes);
+        deallocate(block.bytes, block.capacity);
         return;
     }
     try {
         store().keep(block.bytes, block.capacity);
     } catch (...) {
         // The store could not grow its list: the buffer goes back to the system instead.
-        deallocate(block.bytes);
+        deallocate(block.bytes, block.capacity);
     }
 }
 
