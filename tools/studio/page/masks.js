@@ -86,7 +86,10 @@
 
   Studio.drawMasks = () => {
     if (!Studio.state) return;
-    box.hidden = !Studio.state.classes.length;
+    const cls = Studio.state.classes[Studio.selected];
+    box.hidden = !cls;
+    document.getElementById("masks-title").textContent = cls ?
+      `Masks of ${cls.name}: drag on to take values, from a taken value to drop them` : "Masks";
     panels.forEach(drawPanel);
   };
   Studio.listeners.push(Studio.drawMasks);
