@@ -38,7 +38,6 @@ class Loaded:
     """A record of a class file: the starting point of a class."""
     argb: int
     index: str  # 192 hexadecimal digits
-    channels: int
 
 
 @dataclass(frozen=True)
@@ -133,8 +132,7 @@ def from_text(text):
                           f"at most {MAX_CLASSES}. Nothing was changed.")
     return tuple(
         ColourClass(name=s.name(), channels=int(s.serializeChannelsUsed()),
-                    loaded=Loaded(argb_of(s.meanColor()), s.serializeColorIndex(),
-                                  int(s.serializeChannelsUsed())))
+                    loaded=Loaded(argb_of(s.meanColor()), s.serializeColorIndex()))
         for s in segments)
 
 

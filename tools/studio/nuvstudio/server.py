@@ -12,6 +12,7 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import parse_qs, unquote, urlsplit
 
 from .classes import StudioError
+from .operations import OPERATIONS
 
 JSON_LIMIT = 1 << 20  # strokes of many points stay far below
 PICTURE_LIMIT = 64 << 20
@@ -160,7 +161,6 @@ class StudioServer(ThreadingHTTPServer):
     daemon_threads = True
 
     def __init__(self, address, session, page):
-        from .session import OPERATIONS
         if ":" in address[0]:
             self.address_family = socket.AF_INET6
         super().__init__(address, Handler)
