@@ -21,6 +21,9 @@ def test_requests_the_page_never_sends(client):
         ("POST", "/api/class/add", "[1]", {"Content-Type": "application/json"}, 400),
         ("POST", "/api/picture", b"\x89PNG", {"Content-Type": "text/plain"}, 415),
         ("GET", "/api/overlay.png?what=secrets", None, {}, 404),
+        ("GET", "/api/state", None, {"Host": "attacker.example:80"}, 403),
+        ("POST", "/api/class/add", '{"name": "x"}',
+         {"Content-Type": "application/json", "Host": "rebound.example"}, 403),
     ]
     for method, path, body, headers, status in cases:
         got, reply = client.raw(method, path, body, headers)

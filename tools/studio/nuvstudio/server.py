@@ -72,7 +72,18 @@ class Handler(BaseHTTPRequestHandler):
         return values[0] if values else None
 
     # ------------------------------------------------------------------ GET
+    def foreign(self):
+        """A request that names another host than this server's loopback address: a web
+        page that rebound its own name to 127.0.0.1 would send one."""
+        names = self.server.names
+        if names is None or (self.headers.get("Host") or "").lower() in names:
+            return False
+        self.fail(403, "This studio answers to its own address only.", close=True)
+        return True
+
     def do_GET(self):
+        if self.foreign():
+            return
         path = self.path_only()
         session = self.server.session
         try:
@@ -109,6 +120,8 @@ class Handler(BaseHTTPRequestHandler):
         return self.rfile.read(int(length))
 
     def do_POST(self):
+        if self.foreign():
+            return
         path = self.path_only()
         if path in self.GETS:
             return self.fail(405, f"{path} takes GET.")
@@ -167,3 +180,7 @@ class StudioServer(ThreadingHTTPServer):
         self.session = session
         self.page = page
         self.operations = OPERATIONS
+        port = self.server_address[1]
+        loopback = address[0] in ("127.0.0.1", "localhost", "::1")
+        self.names = {f"127.0.0.1:{port}", f"localhost:{port}", f"[::1]:{port}"} if loopback \
+            else None
