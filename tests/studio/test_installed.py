@@ -32,7 +32,7 @@ def serve_once(launcher, tmp_path):
 
 def test_runs_from_its_prefix_and_a_moved_one(tmp_path):
     prefix = tmp_path / "prefix"
-    subprocess.run(["cmake", "--install", os.environ["NUV_BINARY_DIR"], "--prefix", str(prefix)],
+    subprocess.run([os.environ.get("NUV_CMAKE", "cmake"), "--install", os.environ["NUV_BINARY_DIR"], "--prefix", str(prefix)],
                    check=True, capture_output=True)
     serve_once(str(prefix / "bin" / "nuv_studio"), tmp_path)
     moved = tmp_path / "elsewhere"
