@@ -17,6 +17,8 @@ Studio.hide = function () { document.getElementById("message").hidden = true; };
 
 Studio.receive = function (state) {
   Studio.state = state;
+  // A class removed (or undone) may have been the selected one.
+  Studio.selected = Math.max(0, Math.min(Studio.selected, state.classes.length - 1));
   Studio.listeners.forEach((f) => f(state));
 };
 

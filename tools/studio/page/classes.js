@@ -61,7 +61,6 @@
   }
 
   function render(s) {
-    if (Studio.selected >= s.classes.length) Studio.selected = Math.max(0, s.classes.length - 1);
     list.replaceChildren(...s.classes.map((c, i) => card(s, c, i)));
     overlaps(s);
     const r = s.result;
