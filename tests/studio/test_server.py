@@ -20,7 +20,7 @@ def test_requests_the_page_never_sends(client):
         ("POST", "/api/class/add", "{", {"Content-Type": "application/json"}, 400),
         ("POST", "/api/class/add", "[1]", {"Content-Type": "application/json"}, 400),
         ("POST", "/api/picture", b"\x89PNG", {"Content-Type": "text/plain"}, 415),
-        ("GET", "/api/overlay.png?what=secrets", None, {}, 404),
+        ("GET", "/api/layer.rgba?what=secrets", None, {}, 404),
         ("GET", "/api/state", None, {"Host": "attacker.example:80"}, 403),
         ("POST", "/api/class/add", '{"name": "x"}',
          {"Content-Type": "application/json", "Host": "rebound.example"}, 403),
@@ -165,7 +165,9 @@ def test_minimum_run_and_overlaps(client):
     (pair,) = state["overlaps"]
     ball = state["result"]["regions"][0]["pixelCount"]
     assert (pair["a"], pair["b"]) == ("ball", "all") and pair["pixels"] >= ball
-    assert client.raw("GET", "/api/overlay.png?what=overlaps")[1][:4] == b"\x89PNG"
+    layer = client.raw("GET", "/api/layer.rgba?what=overlaps")[1]
+    assert len(layer) == 640 * 480 * 4 and (layer.count(bytes([255, 0, 255, 230]))
+                                            == pair["pixels"])
 
 
 def test_start_refuses_what_cannot_be_read(tmp_path, capsys):

@@ -81,7 +81,7 @@ def overlaps(masks, codes, names):
 
 
 def overlay(codes, colours, what):
-    """A BGRA layer: the classified pixels tinted in their winning class's colour (colours[k]
+    """An RGBA layer: the classified pixels tinted in their winning class's colour (colours[k]
     is the palette place of bit k), or the pixels that two classes take, in magenta."""
     out = np.zeros(codes.shape + (4,), np.uint8)
     if what == "overlaps":
@@ -89,8 +89,8 @@ def overlay(codes, colours, what):
         return out
     for k in reversed(range(len(colours))):  # the lowest bit wins, as in the segmenter
         rgb = PALETTE[colours[k] % len(PALETTE)]
-        bgra = (int(rgb[5:7], 16), int(rgb[3:5], 16), int(rgb[1:3], 16), 120)
-        out[(codes >> np.uint32(k)) & 1 == 1] = bgra
+        rgba = (int(rgb[1:3], 16), int(rgb[3:5], 16), int(rgb[5:7], 16), 120)
+        out[(codes >> np.uint32(k)) & 1 == 1] = rgba
     return out
 
 

@@ -39,7 +39,7 @@ def page_file(folder, path):
 class Handler(BaseHTTPRequestHandler):
     server_version = "nuv_studio"
     protocol_version = "HTTP/1.1"
-    GETS = {"/api/state", "/api/frame.png", "/api/overlay.png", "/api/ping"}
+    GETS = {"/api/state", "/api/frame.rgba", "/api/layer.rgba", "/api/ping"}
 
     def log_message(self, format, *args):  # quiet: the terminal shows the address only
         pass
@@ -89,10 +89,12 @@ class Handler(BaseHTTPRequestHandler):
         try:
             if path == "/api/state":
                 return self.reply(200, session.state())
-            if path == "/api/frame.png":
-                return self.reply(200, session.frame_png(), "image/png")
-            if path == "/api/overlay.png":
-                return self.reply(200, session.overlay_png(self.query("what")), "image/png")
+            # Pixels go as raw RGBA: encoding a picture would cost more than sending it here.
+            if path == "/api/frame.rgba":
+                return self.reply(200, session.frame_pixels(), "application/octet-stream")
+            if path == "/api/layer.rgba":
+                return self.reply(200, session.layer_pixels(self.query("what")),
+                                  "application/octet-stream")
             if path == "/api/ping":
                 return self.reply(200, session.ping(self.query("tab")))
         except StudioError as error:

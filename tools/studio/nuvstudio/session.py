@@ -171,21 +171,22 @@ class Session:
                                         np.zeros((0, 3), np.uint8)),
         }
 
-    def frame_png(self):
+    def frame_pixels(self):
+        """The frame as RGBA bytes, row after row, which the page draws as they are."""
         with self.lock:
-            return png(self.frame())
+            return cv2.cvtColor(self.frame(), cv2.COLOR_BGR2RGBA).tobytes()
 
-    def overlay_png(self, what):
-        """The classified pixels or the overlaps of the current frame, as a transparent
-        layer over it."""
+    def layer_pixels(self, what):
+        """The classified pixels or the overlaps of the current frame, as an RGBA layer
+        over it."""
         if what not in ("classified", "overlaps"):
             raise StudioError("The layers are 'classified' and 'overlaps'.", 404)
         with self.lock:
             self.state()
-            _, _, (codes, active), pictures = self._cache
-            if what not in pictures:
-                pictures[what] = png(seg.overlay(codes, active, what))
-            return pictures[what]
+            _, _, (codes, active), layers = self._cache
+            if what not in layers:
+                layers[what] = seg.overlay(codes, active, what).tobytes()
+            return layers[what]
 
     def text(self):
         """The classes in the library's text form, as nuv_train writes them."""
@@ -200,7 +201,3 @@ class Session:
                                   "saved.")
         return nuv.toString(segments) + "\n"
 
-
-def png(picture):
-    ok, data = cv2.imencode(".png", picture, [cv2.IMWRITE_PNG_COMPRESSION, 1])
-    return data.tobytes()

@@ -4,18 +4,18 @@
 (function () {
   const canvas = document.getElementById("picture");
   const ctx = canvas.getContext("2d");
-  const frame = new Image();
-  const layers = {classified: new Image(), overlaps: new Image()};
-  let frameKey = null, layerVersion = null, drag = null;
+  // Each picture is a slot: the URL wanted last, and the bitmap of the last one that came.
+  const frame = {}, layers = {classified: {}, overlaps: {}};
+  let drag = null;
 
   const option = (id) => document.getElementById(id).checked;
 
   function draw() {
     const s = Studio.state;
-    if (!s || !frame.complete || !frame.naturalWidth) return;
-    ctx.drawImage(frame, 0, 0);
-    if (option("show-classified") && layers.classified.complete) ctx.drawImage(layers.classified, 0, 0);
-    if (option("show-overlaps") && layers.overlaps.complete) ctx.drawImage(layers.overlaps, 0, 0);
+    if (!s || !frame.bitmap) return;
+    ctx.drawImage(frame.bitmap, 0, 0);
+    if (option("show-classified") && layers.classified.bitmap) ctx.drawImage(layers.classified.bitmap, 0, 0);
+    if (option("show-overlaps") && layers.overlaps.bitmap) ctx.drawImage(layers.overlaps.bitmap, 0, 0);
     if (option("show-regions")) s.classes.forEach((c, i) => drawRegion(s.result.regions[i], c, s.palette[i % s.palette.length]));
     if (drag) drawDrag();
   }
@@ -94,9 +94,25 @@
     if (!await Studio.post("class/sample", Object.assign({index: Studio.selected}, body))) draw();
   });
 
-  function load(image, url) {
-    image.onload = draw;
-    image.src = url;
+  // The server sends raw RGBA rows; a reply that a newer request overtook is dropped.
+  async function load(slot, url, width, height) {
+    if (slot.url === url) return;
+    slot.url = url;
+    const reply = await fetch(url).catch(() => null);
+    if (!reply || !reply.ok || slot.url !== url) return;
+    const data = new Uint8ClampedArray(await reply.arrayBuffer());
+    if (slot.url !== url || data.length !== width * height * 4) return;
+    slot.bitmap = await createImageBitmap(new ImageData(data, width, height));
+    draw();
+  }
+
+  function loadAll() {
+    const s = Studio.state, src = s.source;
+    load(frame, `/api/frame.rgba?key=${encodeURIComponent(`${src.name}/${src.frame}/${s.version}`)}`, src.width, src.height);
+    Object.keys(layers).forEach((what) => {
+      if (option("show-" + what)) load(layers[what], `/api/layer.rgba?what=${what}&v=${s.version}`, src.width, src.height);
+      else layers[what].bitmap = null, layers[what].url = null;
+    });
   }
 
   Studio.listeners.push((s) => {
@@ -105,16 +121,12 @@
       canvas.width = src.width;
       canvas.height = src.height;
     }
-    const key = `${src.name}/${src.frame}/${src.width}x${src.height}`;
-    if (key !== frameKey) { frameKey = key; load(frame, "/api/frame.png?key=" + encodeURIComponent(key)); }
-    if (s.version !== layerVersion) {
-      layerVersion = s.version;
-      Object.keys(layers).forEach((what) => load(layers[what], `/api/overlay.png?what=${what}&v=${s.version}`));
-    }
+    loadAll();
     draw();
     video(s);
   });
-  ["show-classified", "show-overlaps", "show-regions"].forEach((id) => document.getElementById(id).addEventListener("change", draw));
+  ["show-classified", "show-overlaps"].forEach((id) => document.getElementById(id).addEventListener("change", loadAll));
+  document.getElementById("show-regions").addEventListener("change", draw);
 
   // ------------------------------------------------------------------ video frames
   let playing = null;
