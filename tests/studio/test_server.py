@@ -180,3 +180,20 @@ def test_start_refuses_what_cannot_be_read(tmp_path, capsys):
                         (["--video", str(bad)], "Cannot read the video")]:
         assert main("page", argv) == 2
         assert words in capsys.readouterr().err
+
+
+def test_brush_stroke_gives_the_pixels_it_covers(client):
+    client.post("class/add", name="ball")
+    stroke = {"points": [[150, 300], [190, 300]], "radius": 2}
+    state = client.post("class/sample", index=0, stroke=stroke)[1]
+    (sample,) = state["classes"][0]["samples"]
+    # Rows 300, 299 and 301, 298 and 302 of a path 41 pixels long with round ends.
+    assert sample["kind"] == "stroke" and sample["count"] == 45 + 2 * 43 + 2 * 41
+    cx, cy = state["result"]["regions"][0]["center"]
+    assert 140 <= cx < 200 and 270 <= cy < 330
+
+
+def test_a_tab_gone_quiet_gives_the_session_up(server, client, monkeypatch):
+    monkeypatch.setattr("nuvstudio.session.TAB_TIMEOUT", 0.0)
+    assert Client(server, "tab-b").post("claim")[0] == 200
+    assert client.post("class/add", name="ball")[0] == 409

@@ -106,9 +106,7 @@ class Session:
                 isinstance(p, list) and len(p) == 2 and all(isinstance(v, int) for v in p)
                 and all(-100000 < v < 100000 for v in p) for p in points)):
             raise StudioError("A stroke is 1 to 20000 points [x, y] in whole pixels.")
-        mask = np.zeros(frame.shape[:2], np.uint8)
-        for p, q in zip(points, points[1:] + points[-1:]):
-            cv2.line(mask, tuple(p), tuple(q), 255, 2 * radius + 1)
+        mask = brush(frame.shape[:2], points, radius)
         count = int(np.count_nonzero(mask))
         if count == 0:
             raise StudioError("The stroke touches no pixel of the picture; nothing was added.")
@@ -200,4 +198,22 @@ class Session:
                                   "never find it: give it pixels or delete it. Nothing was "
                                   "saved.")
         return nuv.toString(segments) + "\n"
+
+
+def brush(shape, points, radius):
+    """The pixels no farther than the radius from the path through the points."""
+    height, width = shape
+    mask = np.zeros(shape, bool)
+    for (px, py), (qx, qy) in zip(points, points[1:] or points):
+        x0, x1 = max(0, min(px, qx) - radius), min(width - 1, max(px, qx) + radius)
+        y0, y1 = max(0, min(py, qy) - radius), min(height - 1, max(py, qy) + radius)
+        if x0 > x1 or y0 > y1:
+            continue
+        ys, xs = np.mgrid[y0:y1 + 1, x0:x1 + 1]
+        dx, dy = qx - px, qy - py
+        # The nearest point of the segment to each pixel, as a fraction of the way along it.
+        t = np.clip(((xs - px) * dx + (ys - py) * dy) / max(1, dx * dx + dy * dy), 0, 1)
+        near = (xs - px - t * dx) ** 2 + (ys - py - t * dy) ** 2 <= radius * radius
+        mask[y0:y1 + 1, x0:x1 + 1] |= near
+    return mask
 
