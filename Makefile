@@ -2,7 +2,8 @@
 # the project needs if they are missing, then configures, builds and runs.
 PACKAGES := cmake g++ make pkg-config libopencv-dev libboost-dev libboost-system-dev \
             qt6-base-dev libgtest-dev libbenchmark-dev clang \
-            pybind11-dev python3-dev python3-numpy python3-pytest
+            pybind11-dev python3-dev python3-numpy python3-pytest \
+            python3-opencv chromium chromium-driver python3-selenium
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
 .PHONY: all deps demo test bench soak fuzz clean
