@@ -94,6 +94,9 @@ struct Budget {
     int minimumCalls = 100;
     double capSeconds = 2.0;
     int maximumCalls = 4000;
+    // Times calls by the thread's processor time rather than elapsed time: on a machine
+    // shared with other work, what the call itself costs, page faults included.
+    bool threadTime = false;
 };
 
 struct Row {
@@ -112,6 +115,6 @@ void registerCases(std::vector<Case> const& cases, std::vector<FrameSize> const&
 std::vector<Row> const& collectedRows();
 
 // The compact table of all rows, with each library row's ratio to OpenCV and its goals.
-void printSummary(std::vector<Row> const& rows, int selectedSlot);
+void printSummary(std::vector<Row> const& rows, int selectedSlot, bool threadTime);
 
 }  // namespace nuv::bench::frontend
