@@ -3,9 +3,13 @@
 #include <nuv/primitives.h>
 
 #include <opencv2/core.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <cstdio>
+#include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -51,12 +55,12 @@ void registerContender(std::string const& group, std::string const& name, Body c
 Frames::Frames(FrameSize size, Shape shape)
     : src(size.height, size.width, shape.srcType),
       dst(shape.turned ? size.width : size.height, shape.turned ? size.height : size.width,
-          shape.dstType, cv::Scalar::all(0)),
+          shape.dstType, ::cv::Scalar::all(0)),
       roi{size.width, size.height} {
-    cv::randu(src, cv::Scalar::all(0), cv::Scalar::all(256));
+    ::cv::randu(src, ::cv::Scalar::all(0), ::cv::Scalar::all(256));
     if (shape.sources > 1) {
         src2.create(size.height, size.width, shape.srcType);
-        cv::randu(src2, cv::Scalar::all(0), cv::Scalar::all(256));
+        ::cv::randu(src2, ::cv::Scalar::all(0), ::cv::Scalar::all(256));
     }
     bytes = static_cast<std::int64_t>(src.total() * src.elemSize());
     if (shape.countDestination) bytes += static_cast<std::int64_t>(dst.total() * dst.elemSize());
@@ -87,6 +91,84 @@ void registerPrimitive(std::string const& group, FrameSize size, Shape shape,
         });
 }
 
+::cv::Mat const& bundledFrame() {
+    static const ::cv::Mat frame = [] {
+        ::cv::Mat image = ::cv::imread(NUV_SOURCE_DIR "/data/frame.png", ::cv::IMREAD_COLOR);
+        if (image.empty())
+            std::fprintf(stderr, "cannot read %s\n", NUV_SOURCE_DIR "/data/frame.png");
+        return image;
+    }();
+    return frame;
+}
+
+::cv::Mat bundledFrameOfSize(FrameSize const& size) {
+    ::cv::Mat const& frame = bundledFrame();
+    if (frame.empty() || (frame.cols == size.width && frame.rows == size.height)) return frame;
+    ::cv::Mat scaled;
+    ::cv::resize(frame, scaled, ::cv::Size(size.width, size.height), 0, 0, ::cv::INTER_LINEAR);
+    return scaled;
+}
+
+nuv::cv::SegmentList bundledClasses() {
+    std::ifstream in(NUV_SOURCE_DIR "/data/classes.txt");
+    std::stringstream text;
+    text << in.rdbuf();
+    try {
+        if (in) return nuv::cv::segmentListfromString(text.str());
+    } catch (std::exception const&) {
+    }
+    std::fprintf(stderr, "cannot read %s\n", NUV_SOURCE_DIR "/data/classes.txt");
+    return {};
+}
+
+namespace {
+
+// The bounds a range mask can express: the lowest and highest accepted value per channel.
+void boundsOf(nuv::cv::Segment const& segment, ::cv::Scalar& lower, ::cv::Scalar& upper) {
+    for (unsigned c = 0; c < 3; ++c) {
+        int low = 255, high = 0;
+        for (int v = 0; v < 256; ++v)
+            if (segment.colorIndex(c).at(static_cast<unsigned char>(v))) {
+                if (v < low) low = v;
+                if (v > high) high = v;
+            }
+        lower[c] = low;
+        upper[c] = high;
+    }
+}
+
+}  // namespace
+
+LargestRegions::LargestRegions(nuv::cv::SegmentList const& classes) {
+    for (auto it = classes.constBegin(); it != classes.constEnd(); ++it) {
+        _lower.emplace_back();
+        _upper.emplace_back();
+        boundsOf(*it, _lower.back(), _upper.back());
+    }
+    _area.assign(_lower.size(), 0);
+    _centre.assign(_lower.size(), ::cv::Point2d());
+}
+
+void LargestRegions::run(::cv::Mat const& frame) {
+    for (int c = 0; c < classCount(); ++c) {
+        ::cv::inRange(frame, _lower[c], _upper[c], _mask);
+        const int count =
+            ::cv::connectedComponentsWithStats(_mask, _labels, _stats, _centroids, 4, CV_32S);
+        int best = 0, bestArea = 0;
+        for (int label = 1; label < count; ++label) {
+            const int area = _stats.at<int>(label, ::cv::CC_STAT_AREA);
+            if (area > bestArea) {
+                bestArea = area;
+                best = label;
+            }
+        }
+        _area[c] = bestArea;
+        _centre[c] =
+            best ? ::cv::Point2d(_centroids.at<double>(best, 0), _centroids.at<double>(best, 1))
+                 : ::cv::Point2d();
+    }
+}
+
 namespace {
 
 // Keeps the time of every run beside the ordinary console output.
@@ -107,7 +189,7 @@ private:
 }  // namespace
 
 int runAndSummarise(int argc, char** argv, std::string const& reference) {
-    cv::setNumThreads(1);
+    ::cv::setNumThreads(1);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     CollectingReporter reporter;

@@ -7,6 +7,8 @@
 #include <nuv/primitives.h>
 
 #include <benchmark/benchmark.h>
+#include <nuv/cv/SegmentList.h>
+
 #include <opencv2/core.hpp>
 
 #include <cstdint>
@@ -24,7 +26,9 @@ struct FrameSize {
 };
 
 inline constexpr FrameSize frame640{640, 480, "640x480"};
+inline constexpr FrameSize frame720{1280, 720, "1280x720"};
 inline constexpr FrameSize frame1080{1920, 1080, "1920x1080"};
+inline constexpr FrameSize frame2160{3840, 2160, "3840x2160"};
 inline constexpr FrameSize frame4096{4096, 4096, "4096x4096"};
 
 // The slot that ippInit chooses on this processor (it runs once; the index is then put back
@@ -67,7 +71,7 @@ struct Frames {
     int srcStep() const { return static_cast<int>(src.step); }
     int src2Step() const { return static_cast<int>(src2.step); }
     int dstStep() const { return static_cast<int>(dst.step); }
-    cv::Mat src, src2, dst;
+    ::cv::Mat src, src2, dst;
     IppiSize roi;
     std::int64_t bytes;
 };
@@ -81,10 +85,36 @@ void registerPrimitive(std::string const& group, FrameSize size, Shape shape,
                        PrimitiveCall const& primitive,
                        std::vector<std::pair<std::string, OtherCall>> const& contenders);
 
+// The bundled camera frame (BGR, 640x480), read once; empty with a message when it is missing.
+::cv::Mat const& bundledFrame();
+// The bundled frame scaled to `size` (bilinear); the frame itself at its own size.
+::cv::Mat bundledFrameOfSize(FrameSize const& size);
+// The classes trained on the bundled frame (channels are the frame's bytes B, G, R); empty
+// with a message when the file is missing or unreadable.
+nuv::cv::SegmentList bundledClasses();
+
+// What an OpenCV user writes for colour segmentation: per class a range mask between the
+// lowest and highest accepted value of each channel, its 4-connected components with
+// statistics, and the largest component kept. The masks and label images are reused.
+class LargestRegions {
+public:
+    explicit LargestRegions(nuv::cv::SegmentList const& classes);
+    void run(::cv::Mat const& frame);
+    int classCount() const { return static_cast<int>(_lower.size()); }
+    int area(int k) const { return _area[k]; }
+    ::cv::Point2d centre(int k) const { return _centre[k]; }
+
+private:
+    std::vector<::cv::Scalar> _lower, _upper;
+    std::vector<int> _area;
+    std::vector<::cv::Point2d> _centre;
+    ::cv::Mat _mask, _labels, _stats, _centroids;
+};
+
 // Runs the registered benchmarks and prints, per group, each contender's time relative to
 // the reference contender. A benchmark is named "<group>/<contender>", where the group holds
 // the operation and size ("ippiCopy_8u_C3R/640x480") and the contender says who ran it
-// ("slot 6", "cv::Mat::copyTo").
+// ("slot 6", "::cv::Mat::copyTo").
 int runAndSummarise(int argc, char** argv, std::string const& reference);
 
 }  // namespace nuv::bench

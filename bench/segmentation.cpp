@@ -17,10 +17,6 @@
 #include <string>
 #include <vector>
 
-#ifndef NUV_SOURCE_DIR
-#define NUV_SOURCE_DIR "/work/main"
-#endif
-
 namespace {
 
 using nuv::bench::FrameSize;
@@ -42,29 +38,11 @@ const Training objects[4] = {{"ball", cv::Rect(140, 270, 60, 60)},
 // Sensor noise reaches a little beyond the trained samples.
 constexpr int dilation = 3;
 
-cv::Mat const& sourceFrame() {
-    static const cv::Mat frame = [] {
-        cv::Mat image = cv::imread(NUV_SOURCE_DIR "/data/frame.png", cv::IMREAD_COLOR);
-        if (image.empty())
-            std::fprintf(stderr, "cannot read %s\n", NUV_SOURCE_DIR "/data/frame.png");
-        return image;
-    }();
-    return frame;
-}
-
-cv::Mat frameOfSize(FrameSize const& size) {
-    cv::Mat scaled;
-    if (sourceFrame().empty()) return scaled;
-    if (sourceFrame().cols == size.width && sourceFrame().rows == size.height) return sourceFrame();
-    cv::resize(sourceFrame(), scaled, cv::Size(size.width, size.height), 0, 0, cv::INTER_LINEAR);
-    return scaled;
-}
-
 // Classes trained the way a host trains them: every pixel of each sample rectangle through
 // addColor, then a dilation of the accepted values. Channels are the frame's bytes B, G, R.
 nuv::cv::SegmentList trainedClasses() {
     nuv::cv::SegmentList list;
-    cv::Mat const& frame = sourceFrame();
+    cv::Mat const& frame = nuv::bench::bundledFrame();
     for (Training const& object : objects) {
         nuv::cv::Segment segment;
         segment.setName(object.name);
@@ -78,20 +56,6 @@ nuv::cv::SegmentList trainedClasses() {
         list.append(segment);
     }
     return list;
-}
-
-// The bounds the OpenCV pipeline uses: the lowest and highest accepted value per channel.
-void boundsOf(nuv::cv::Segment const& segment, cv::Scalar& lower, cv::Scalar& upper) {
-    for (unsigned c = 0; c < 3; ++c) {
-        int low = 255, high = 0;
-        for (int v = 0; v < 256; ++v)
-            if (segment.colorIndex(c).at(static_cast<unsigned char>(v))) {
-                if (v < low) low = v;
-                if (v > high) high = v;
-            }
-        lower[c] = low;
-        upper[c] = high;
-    }
 }
 
 Image nuvImage(cv::Mat const& frame) {
@@ -110,7 +74,7 @@ void framesPerSecond(benchmark::State& state) {
 }
 
 void segmenter(benchmark::State& state, FrameSize size) {
-    const cv::Mat frame = frameOfSize(size);
+    const cv::Mat frame = nuv::bench::bundledFrameOfSize(size);
     if (frame.empty()) {
         state.SkipWithError("no frame");
         return;
@@ -140,46 +104,22 @@ void segmenter(benchmark::State& state, FrameSize size) {
 }
 
 void openCv(benchmark::State& state, FrameSize size) {
-    const cv::Mat frame = frameOfSize(size);
+    const cv::Mat frame = nuv::bench::bundledFrameOfSize(size);
     if (frame.empty()) {
         state.SkipWithError("no frame");
         return;
     }
     const nuv::cv::SegmentList list = trainedClasses();
-    std::vector<cv::Scalar> lower(4), upper(4);
-    int k = 0;
-    for (auto it = list.constBegin(); it != list.constEnd(); ++it, ++k)
-        boundsOf(*it, lower[k], upper[k]);
-
-    cv::Mat mask, labels, stats, centroids;
-    int largest[4] = {};
-    cv::Point2d centre[4];
+    nuv::bench::LargestRegions regions(list);
     for (auto _ : state) {
-        for (int c = 0; c < 4; ++c) {
-            cv::inRange(frame, lower[c], upper[c], mask);
-            const int count =
-                cv::connectedComponentsWithStats(mask, labels, stats, centroids, 4, CV_32S);
-            int best = 0, bestArea = 0;
-            for (int label = 1; label < count; ++label) {
-                const int area = stats.at<int>(label, cv::CC_STAT_AREA);
-                if (area > bestArea) {
-                    bestArea = area;
-                    best = label;
-                }
-            }
-            largest[c] = bestArea;
-            centre[c] =
-                best ? cv::Point2d(centroids.at<double>(best, 0), centroids.at<double>(best, 1))
-                     : cv::Point2d();
-        }
-        benchmark::DoNotOptimize(largest);
-        benchmark::DoNotOptimize(centre);
+        regions.run(frame);
+        benchmark::ClobberMemory();
     }
     framesPerSecond(state);
     std::string report;
-    k = 0;
+    int k = 0;
     for (auto it = list.constBegin(); it != list.constEnd(); ++it, ++k)
-        report += it->name() + " " + std::to_string(largest[k]) + " ";
+        report += it->name() + " " + std::to_string(regions.area(k)) + " ";
     state.SetLabel(report);
 }
 
