@@ -12,15 +12,20 @@ using namespace pybind11::literals;
 
 void bindSelection(py::module_& m) {
     m.def("ippInit", &ippInit, "Selects the best slot for this processor; the status.");
-    m.def("ippInitCpu", &ippInitCpu, "cpuCode"_a);
-    m.def("ippGetEnabledCpuFeatures", &ippGetEnabledCpuFeatures);
-    m.def("ippGetCpuFeatures", [] {
-        Ipp64u features = 0;
-        const IppStatus status = ippGetCpuFeatures(&features, nullptr);
-        if (status < 0)
-            throw std::runtime_error("ippGetCpuFeatures: status " + std::to_string(status));
-        return features;
-    });
+    m.def("ippInitCpu", &ippInitCpu, "cpuCode"_a,
+          "Forces the slot of a processor code, whatever the processor has; the status.");
+    m.def("ippGetEnabledCpuFeatures", &ippGetEnabledCpuFeatures,
+          "The feature bits the selection works with.");
+    m.def(
+        "ippGetCpuFeatures",
+        [] {
+            Ipp64u features = 0;
+            const IppStatus status = ippGetCpuFeatures(&features, nullptr);
+            if (status < 0)
+                throw std::runtime_error("ippGetCpuFeatures: status " + std::to_string(status));
+            return features;
+        },
+        "The processor's feature bits (ippCPUID_* of nuv/primitives.h).");
     m.def(
         "jumpIndex", [] { return ippJumpIndexForMergedLibs; },
         "The slot every primitive jumps through: 0 until ippInit.");

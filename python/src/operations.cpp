@@ -23,9 +23,8 @@ void defImage(py::module_& m, char const* name, Image (*f)(Image const&, Args...
               Extra const&... extra) {
     m.def(
         name,
-        [f](py::handle a, Args... args) {
-            const Image source = image(a);
-            return array(f(source, args...), {&source});
+        [f](ImageArg const& source, Args... args) {
+            return array(f(source.image, args...), {&source.image});
         },
         "image"_a, extra...);
 }
@@ -35,8 +34,8 @@ void defImage(py::module_& m, char const* name, Image (*f)(Image const&, Args...
 void defRaw(py::module_& m, char const* name, Raw f, unsigned int channels) {
     m.def(
         name,
-        [f, channels, name](py::handle a) {
-            const Image source = image(a);
+        [f, channels, name](ImageArg const& arg) {
+            Image const& source = arg.image;
             if (source.info().numChannels != channels)
                 throw py::type_error(std::string(name) + " reads " + std::to_string(channels) +
                                      "-channel pixels, the image has " +
@@ -60,18 +59,16 @@ void bindOperations(py::module_& m) {
     defImage(m, "transpose", nuv::cv::transpose, "The region with rows and columns swapped.");
     m.def(
         "mirror",
-        [](py::handle a, int axis) {
+        [](ImageArg const& source, int axis) {
             // The library asserts on another axis; here it is the caller's error.
             if (axis < 0 || axis > 2) throw py::value_error("axis is 0 (rows), 1 (columns) or 2");
-            const Image source = image(a);
-            return array(::mirror(source, axis), {&source});
+            return array(::mirror(source.image, axis), {&source.image});
         },
-        "image"_a, "axis"_a);
+        "image"_a, "axis"_a, "The region mirrored about axis 0 (upside down), 1 or 2 (both).");
     m.def(
         "addition",
-        [](py::handle a, py::handle b) {
-            const Image first = image(a), second = image(b);
-            return array(nuv::cv::addition(first, second), {&first, &second});
+        [](ImageArg const& a, ImageArg const& b) {
+            return array(nuv::cv::addition(a.image, b.image), {&a.image, &b.image});
         },
         "a"_a, "b"_a, "The rounded mean of two images of one description.");
     defImage(m, "convert", nuv::cv::convert, "format"_a,
@@ -100,37 +97,38 @@ void bindOperations(py::module_& m) {
     defImage(m, "inRange", nuv::cv::inRange, "lower"_a, "upper"_a,
              "A Gray mask: 255 where every channel is in its bounds.");
     m.def(
-        "mean", [](py::handle a) { return nuv::cv::mean(image(a)); }, "image"_a,
+        "mean", [](ImageArg const& a) { return nuv::cv::mean(a.image); }, "image"_a,
         "The truncated mean of each channel of the region.");
     m.def(
         "minmax",
-        [](py::handle a) {
+        [](ImageArg const& a) {
             nuv::core::Vector<int> low, high;
-            nuv::cv::minmax(image(a), low, high);
-            return py::make_tuple(low, high);
+            nuv::cv::minmax(a.image, low, high);
+            return std::make_tuple(low, high);
         },
         "image"_a, "(min, max) per channel of the region.");
     defImage(m, "canny", nuv::cv::canny, "threshold1"_a, "threshold2"_a,
              "Canny edges of a one-channel region.");
     m.def(
         "labelmarkers",
-        [](py::handle a) {
-            const Image source = image(a);
+        [](ImageArg const& source) {
             int count = 0;
-            py::object labels = array(nuv::cv::labelmarkers(source, &count), {&source});
-            return py::make_tuple(labels, count);
+            ImageResult labels =
+                array(nuv::cv::labelmarkers(source.image, &count), {&source.image});
+            return std::make_tuple(labels, count);
         },
         "image"_a, "(labels, number of components) of a Gray region.");
     m.def(
         "labelmarkersinfo",
-        [](py::handle a, int minSize) {
+        [](ImageArg const& labels, int minSize) {
             nuv::core::Vector<nuv::core::Point> centers;
             nuv::core::Vector<int> sizes;
-            nuv::cv::labelmarkersinfo(image(a), minSize, centers, sizes);
-            return py::make_tuple(centers, sizes);
+            nuv::cv::labelmarkersinfo(labels.image, minSize, centers, sizes);
+            return std::make_tuple(centers, sizes);
         },
         "labels"_a, "minSize"_a, "(centres, pixel counts) of the labels of at least minSize.");
-    m.def("friendlyName", &nuv::core::image::friendlyName, "format"_a, "channel"_a = -1);
+    m.def("friendlyName", &nuv::core::image::friendlyName, "format"_a, "channel"_a = -1,
+          "The format's name, or with a channel number that channel's name.");
 }
 
 void bindFilters(py::module_& filter) {
@@ -140,19 +138,23 @@ void bindFilters(py::module_& filter) {
         .value("PredefindedFilterSobelHoriz3x3", f::PredefindedFilterSobelHoriz3x3)
         .value("PredefindedFilterSobelVert3x3", f::PredefindedFilterSobelVert3x3)
         .export_values();
-    filter.def("friendlyName", &f::friendlyName, "type"_a);
-    defImage(filter, "filter", f::filter, "type"_a, "border"_a);
-    defImage(filter, "sobelHoriz3x3", f::sobelHoriz3x3, "border"_a);
-    defImage(filter, "sobelVert3x3", f::sobelVert3x3, "border"_a);
+    filter.def("friendlyName", &f::friendlyName, "type"_a, "The name of a predefined filter.");
+    defImage(filter, "filter", f::filter, "type"_a, "border"_a,
+             "The predefined filter over the region, with replicated borders if border is true.");
+    defImage(filter, "sobelHoriz3x3", f::sobelHoriz3x3, "border"_a,
+             "The horizontal 3x3 Sobel operator saturated to a byte: bright below dark.");
+    defImage(filter, "sobelVert3x3", f::sobelVert3x3, "border"_a,
+             "The vertical 3x3 Sobel operator saturated to a byte: bright left of dark.");
     filter.def(
         "replicateBorder",
-        [](py::handle a, std::array<unsigned int, 4> kernel) {
-            const Image source = image(a);
-            return array(
-                f::replicateBorder(source, f::Kernel(kernel[0], kernel[1], kernel[2], kernel[3])),
-                {&source});
+        [](ImageArg const& source, std::array<unsigned int, 4> kernel) {
+            return array(f::replicateBorder(source.image,
+                                            f::Kernel(kernel[0], kernel[1], kernel[2], kernel[3])),
+                         {&source.image});
         },
-        "image"_a, "kernel"_a, "kernel is (width, height, anchor x, anchor y).");
+        "image"_a, "kernel"_a,
+        "The region grown by the kernel's reach, (width, height, anchor x, anchor y), with "
+        "its edge pixels repeated.");
     defImage(filter, "min", f::min, "mask"_a,
              "The minimum over a (w, h) mask where it fits in the region.");
     defImage(filter, "max", f::max, "mask"_a,
