@@ -13,8 +13,10 @@ import re
 import sys
 from pathlib import Path
 
-import nuv
-from nuv import _nuv
+# The package to describe is the built one on PYTHONPATH, not its sources beside this script.
+sys.path = [p for p in sys.path if Path(p or ".").resolve() != Path(__file__).resolve().parent]
+import nuv  # noqa: E402
+from nuv import _nuv  # noqa: E402
 
 HEADER = '''# The type stubs of the package nuv, written by python/make_stubs.py from the module.
 # Do not edit: run `make stubs` after changing the binding.
@@ -69,7 +71,7 @@ def overloads(function):
     """(signature line, one-line docstring) for each overload of a pybind11 function."""
     doc = function.__doc__ or ""
     if "\nOverloaded function.\n" in doc:
-        pieces = re.split(r"\n\d+\. ", doc.split("\nOverloaded function.\n", 1)[1])
+        pieces = re.split(r"\n\d+\. ", doc.split("\nOverloaded function.\n", 1)[1])[1:]
     else:
         pieces = [doc]
     result = []
@@ -105,7 +107,7 @@ def first_line(doc):
 
 
 def is_enum(cls):
-    return hasattr(cls, "__members__") and isinstance(cls.__dict__.get("__members__"), property) is False
+    return inspect.isclass(cls) and "__members__" in cls.__dict__
 
 
 def enum(name, cls, indent):
@@ -151,8 +153,7 @@ def klass(name, cls, here, indent):
         elif type(value).__name__ == "instancemethod" and (not key.startswith("__") or key in (
                 "__init__", "__eq__", "__ne__", "__repr__")):
             out += function(key, value.__func__, here, inner)
-        elif type(value) is type(cls) and key in getattr(cls, "__members__", {}) or \
-                is_enum(type(value)) and not key.startswith("_"):
+        elif is_enum(type(value)) and not key.startswith("_"):
             out.append(inner + "%s: %s" % (key, type(value).__name__))
     return out
 

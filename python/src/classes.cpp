@@ -17,7 +17,7 @@ void bindClasses(py::module_& m) {
     using nuv::cv::LineDetector;
     py::class_<LineDetector> detector(m, "LineDetector",
                                       "One edge line in a band near the bottom of an image.");
-    py::enum_<LineDetector::Dir>(detector, "Dir")
+    py::enum_<LineDetector::Dir>(detector, "Dir", "The edges looked for.")
         .value("Vertical", LineDetector::Vertical)
         .value("Horizontal", LineDetector::Horizontal)
         .export_values();

@@ -67,28 +67,29 @@ struct type_caster<nuvpy::ImageArg> {
     }
 };
 
-// An argument taken as the object itself, named for signatures.
-template <typename T>
-struct HandleCaster {
+// Arguments taken as the objects themselves, named for signatures.
+template <>
+struct type_caster<nuvpy::ArrayArg> {
+    PYBIND11_TYPE_CASTER(nuvpy::ArrayArg, const_name("numpy.ndarray"));
     bool load(handle source, bool) {
-        static_cast<type_caster<T>*>(this)->value.object = source;
+        value.object = source;
         return true;
     }
-    static handle cast(T const& arg, return_value_policy, handle) { return arg.object.inc_ref(); }
+    static handle cast(nuvpy::ArrayArg const& arg, return_value_policy, handle) {
+        return arg.object.inc_ref();
+    }
 };
 
 template <>
-struct type_caster<nuvpy::ArrayArg> : HandleCaster<nuvpy::ArrayArg> {
-    PYBIND11_TYPE_CASTER(nuvpy::ArrayArg, const_name("numpy.ndarray"));
-    using HandleCaster<nuvpy::ArrayArg>::load;
-    using HandleCaster<nuvpy::ArrayArg>::cast;
-};
-
-template <>
-struct type_caster<nuvpy::AttachedArg> : HandleCaster<nuvpy::AttachedArg> {
+struct type_caster<nuvpy::AttachedArg> {
     PYBIND11_TYPE_CASTER(nuvpy::AttachedArg, const_name("numpy.ndarray | nuv.Image"));
-    using HandleCaster<nuvpy::AttachedArg>::load;
-    using HandleCaster<nuvpy::AttachedArg>::cast;
+    bool load(handle source, bool) {
+        value.object = source;
+        return true;
+    }
+    static handle cast(nuvpy::AttachedArg const& arg, return_value_policy, handle) {
+        return arg.object.inc_ref();
+    }
 };
 
 template <>

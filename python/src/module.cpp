@@ -46,7 +46,7 @@ PYBIND11_MODULE(_nuv, m) {
     namespace py = pybind11;
     using namespace nuv::core::image;
     m.doc() = "nuv, a computer-vision library for frames one at a time, over NumPy arrays.";
-    py::enum_<Format>(m, "Format")
+    py::enum_<Format>(m, "Format", "Pixel formats; the numbers are stable.")
         .value("FormatNone", FormatNone)
         .value("RGB", RGB)
         .value("BGR", BGR)

@@ -133,7 +133,7 @@ void bindOperations(py::module_& m) {
 
 void bindFilters(py::module_& filter) {
     namespace f = nuv::cv::filter;
-    py::enum_<f::PredefindedFilter_t>(filter, "PredefindedFilter_t")
+    py::enum_<f::PredefindedFilter_t>(filter, "PredefindedFilter_t", "The predefined filters.")
         .value("PredefindedFilterNone", f::PredefindedFilterNone)
         .value("PredefindedFilterSobelHoriz3x3", f::PredefindedFilterSobelHoriz3x3)
         .value("PredefindedFilterSobelVert3x3", f::PredefindedFilterSobelVert3x3)
