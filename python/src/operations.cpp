@@ -31,7 +31,7 @@ void defImage(py::module_& m, char const* name, Image (*f)(Image const&, Args...
 
 // A single conversion: the region's first pixel, the step and the region's size go to the
 // conversion, which trusts them, so the channel count it reads is checked here.
-void defRaw(py::module_& m, char const* name, Raw f, unsigned int channels) {
+void defRaw(py::module_& m, char const* name, Raw f, unsigned int channels, char const* doc) {
     m.def(
         name,
         [f, channels, name](ImageArg const& arg) {
@@ -44,8 +44,7 @@ void defRaw(py::module_& m, char const* name, Raw f, unsigned int channels) {
             const Size size = getRoi(source, &first).size();
             return array(f(first, source.step(), size), {&source});
         },
-        "image"_a,
-        "The region's pixels converted as the name says, whatever format the image carries.");
+        "image"_a, doc);
 }
 
 }  // namespace
@@ -77,18 +76,29 @@ void bindOperations(py::module_& m) {
         char const* name;
         Raw f;
         unsigned int channels;
+        char const* doc;
     } conversions[] = {
-        {"RGBtoBGR", nuv::cv::RGBtoBGR, 3},     {"BGRtoRGB", nuv::cv::BGRtoRGB, 3},
-        {"HSVtoRGB", nuv::cv::HSVtoRGB, 3},     {"HSVtoBGR", nuv::cv::HSVtoBGR, 3},
-        {"HLStoRGB", nuv::cv::HLStoRGB, 3},     {"HLStoBGR", nuv::cv::HLStoBGR, 3},
-        {"RGBtoHLS", nuv::cv::RGBtoHLS, 3},     {"RGBtoHSV", nuv::cv::RGBtoHSV, 3},
-        {"BGRtoHSV", nuv::cv::BGRtoHSV, 3},     {"RGBtoYCbCr", nuv::cv::RGBtoYCbCr, 3},
-        {"YCbCrToRGB", nuv::cv::YCbCrToRGB, 3}, {"YCbCrToBGR", nuv::cv::YCbCrToBGR, 3},
-        {"GrayToRGB", nuv::cv::GrayToRGB, 1},   {"GrayToBGR", nuv::cv::GrayToBGR, 1},
-        {"toGray", nuv::cv::toGray, 3},         {"BGRAtoBGR", nuv::cv::BGRAtoBGR, 4},
-        {"BGRAtoRGB", nuv::cv::BGRAtoRGB, 4},
+        {"RGBtoBGR", nuv::cv::RGBtoBGR, 3, "RGB pixels with red and blue swapped, as BGR."},
+        {"BGRtoRGB", nuv::cv::BGRtoRGB, 3, "BGR pixels with blue and red swapped, as RGB."},
+        {"HSVtoRGB", nuv::cv::HSVtoRGB, 3, "HSV pixels as RGB."},
+        {"HSVtoBGR", nuv::cv::HSVtoBGR, 3, "HSV pixels as BGR."},
+        {"HLStoRGB", nuv::cv::HLStoRGB, 3, "HLS pixels as RGB."},
+        {"HLStoBGR", nuv::cv::HLStoBGR, 3, "HLS pixels as BGR."},
+        {"RGBtoHLS", nuv::cv::RGBtoHLS, 3, "RGB pixels as HLS."},
+        {"RGBtoHSV", nuv::cv::RGBtoHSV, 3, "RGB pixels as HSV."},
+        {"BGRtoHSV", nuv::cv::BGRtoHSV, 3, "BGR pixels as HSV."},
+        {"RGBtoYCbCr", nuv::cv::RGBtoYCbCr, 3, "RGB pixels as YCbCr."},
+        {"YCbCrToRGB", nuv::cv::YCbCrToRGB, 3, "YCbCr pixels as RGB."},
+        {"YCbCrToBGR", nuv::cv::YCbCrToBGR, 3, "YCbCr pixels as BGR."},
+        {"GrayToRGB", nuv::cv::GrayToRGB, 1, "Gray pixels as RGB, the byte in all three channels."},
+        {"GrayToBGR", nuv::cv::GrayToBGR, 1,
+         "Gray pixels as BGR (stamped RGB: the channels are equal)."},
+        {"toGray", nuv::cv::toGray, 3, "Three bytes a pixel read as R, G, B, as Gray."},
+        {"BGRAtoBGR", nuv::cv::BGRAtoBGR, 4, "BGRA pixels as BGR: alpha is dropped."},
+        {"BGRAtoRGB", nuv::cv::BGRAtoRGB, 4,
+         "BGRA pixels as RGB: alpha is dropped, blue and red swapped."},
     };
-    for (auto const& c : conversions) defRaw(m, c.name, c.f, c.channels);
+    for (auto const& c : conversions) defRaw(m, c.name, c.f, c.channels, c.doc);
 
     defImage(m, "thresholdLT", nuv::cv::thresholdLT, "threshold"_a, "value"_a,
              "Bytes below the threshold become value.");
