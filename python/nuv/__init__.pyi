@@ -117,55 +117,55 @@ def convert(image: numpy.ndarray | Image, format: Format) -> numpy.ndarray | Non
     """The region in another format; None where no conversion exists."""
 
 def RGBtoBGR(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """RGB pixels with red and blue swapped, as BGR."""
 
 def BGRtoRGB(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """BGR pixels with blue and red swapped, as RGB."""
 
 def HSVtoRGB(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """HSV pixels as RGB."""
 
 def HSVtoBGR(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """HSV pixels as BGR."""
 
 def HLStoRGB(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """HLS pixels as RGB."""
 
 def HLStoBGR(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """HLS pixels as BGR."""
 
 def RGBtoHLS(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """RGB pixels as HLS."""
 
 def RGBtoHSV(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """RGB pixels as HSV."""
 
 def BGRtoHSV(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """BGR pixels as HSV."""
 
 def RGBtoYCbCr(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """RGB pixels as YCbCr."""
 
 def YCbCrToRGB(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """YCbCr pixels as RGB."""
 
 def YCbCrToBGR(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """YCbCr pixels as BGR."""
 
 def GrayToRGB(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """Gray pixels as RGB, the byte in all three channels."""
 
 def GrayToBGR(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """Gray pixels as BGR (stamped RGB: the channels are equal)."""
 
 def toGray(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """Three bytes a pixel read as R, G, B, as Gray."""
 
 def BGRAtoBGR(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """BGRA pixels as BGR: alpha is dropped."""
 
 def BGRAtoRGB(image: numpy.ndarray | Image) -> numpy.ndarray | None:
-    """The region's pixels converted as the name says, whatever format the image carries."""
+    """BGRA pixels as RGB: alpha is dropped, blue and red swapped."""
 
 def thresholdLT(image: numpy.ndarray | Image, threshold: int, value: int) -> numpy.ndarray | None:
     """Bytes below the threshold become value."""
