@@ -61,7 +61,9 @@ run_clean(-- ${usr}/bin/nuv_demo --out-dir ${WORK_DIR})
 expect("${run_output}" "ball")
 
 if(PYTHON)
-    run_clean(PYTHONPATH=${usr}/lib/python3/dist-packages -- ${PYTHON} -c
-              "import nuv, pathlib; print(nuv.mean(nuv.imread('${usr}/share/nuv/frame.png')), pathlib.Path(nuv.__file__).with_name('py.typed').exists())")
+    file(WRITE ${WORK_DIR}/check.py "import nuv, pathlib\n"
+         "print(nuv.mean(nuv.imread('${usr}/share/nuv/frame.png')),\n"
+         "      pathlib.Path(nuv.__file__).with_name('py.typed').exists())\n")
+    run_clean(PYTHONPATH=${usr}/lib/python3/dist-packages -- ${PYTHON} ${WORK_DIR}/check.py)
     expect("${run_output}" "^\\[[0-9]+, [0-9]+, [0-9]+\\] True")
 endif()
