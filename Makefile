@@ -1,12 +1,14 @@
 # Two targets for a newcomer: `make demo` and `make test`. Each installs the Debian packages
-# the project needs if they are missing, then configures, builds and runs.
+# the project needs if they are missing, then configures, builds and runs. `make docs`,
+# `make package` and `make stubs` write the API reference, the Debian packages and the Python
+# stubs.
 PACKAGES := cmake g++ make pkg-config libopencv-dev libboost-dev libboost-system-dev \
             qt6-base-dev libgtest-dev libbenchmark-dev clang \
-            pybind11-dev python3-dev python3-numpy python3-pytest \
+            pybind11-dev python3-dev python3-numpy python3-pytest doxygen dpkg-dev \
             python3-opencv chromium chromium-driver python3-selenium
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps demo test bench soak fuzz clean
+.PHONY: all deps demo test bench soak fuzz docs package stubs clean
 
 all: test
 
@@ -66,6 +68,24 @@ fuzz: deps
 	    ./build/fuzz/fuzz/nuv_fuzz_$$t -max_total_time=600 -artifact_prefix=build/fuzz/ \
 	        build/fuzz/fuzz/corpus/$$t fuzz/corpus/$$t || exit 1; \
 	done
+
+# The API reference from the public headers, in build/release/docs/html.
+docs: deps
+	cmake --preset release
+	cmake --build --preset release --target docs
+
+# Debian packages of the libraries, the development files, the Python module and the tools.
+package: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	cd build/release && cpack
+	@for deb in build/release/*.deb; do echo "$$deb"; done
+
+# The Python package's type stubs, written again from the built module.
+stubs: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target nuv_python
+	PYTHONPATH=build/release/python /usr/bin/python3 python/make_stubs.py python/nuv
 
 clean:
 	rm -rf build

@@ -1,5 +1,6 @@
-// The whole C++ interface of libnuv_core: value types, images, containers, variants, the
-// log and the debug printers.
+/// @file
+/// The whole C++ interface of libnuv_core: value types, images, containers, variants, the
+/// log and the debug printers.
 #pragma once
 
 #include <nuv/core/Circle.h>

@@ -1,4 +1,5 @@
-// The whole C++ front end of nuv: include this, link nuv::cv.
+/// @file
+/// The whole C++ front end of nuv: include this, link nuv::cv.
 #pragma once
 
 #include <nuv/core.h>

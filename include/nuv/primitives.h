@@ -48,39 +48,42 @@ enum {
     ippStsNotSupportedModeErr = -9999
 };
 
+/** The size of a region in pixels. */
 typedef struct {
-    int width;
-    int height;
+    int width;  /**< pixels in a row */
+    int height; /**< rows */
 } IppiSize;
 
 /* Comparison codes; the thresholds take the less and greater codes only. */
 typedef int IppCmpOp;
 enum { ippCmpLess = 0, ippCmpLessEq = 1, ippCmpEq = 2, ippCmpGreaterEq = 3, ippCmpGreater = 4 };
 
+/** A pixel position, column x and row y. */
 typedef struct {
-    int x;
-    int y;
+    int x; /**< column */
+    int y; /**< row */
 } IppiPoint;
 
+/** A rectangle: its top-left pixel and its size. */
 typedef struct {
-    int x;
-    int y;
-    int width;
-    int height;
+    int x;      /**< column of the top-left pixel */
+    int y;      /**< row of the top-left pixel */
+    int width;  /**< pixels in a row */
+    int height; /**< rows */
 } IppiRect;
 
-/* What a flood fill did: pixels written, the fill value in value[0], the bounding box. */
+/** What a flood fill did: pixels written, the fill value in value[0], the bounding box. */
 typedef struct {
-    Ipp64f area;
-    Ipp64f value[3];
-    IppiRect rect;
+    Ipp64f area;     /**< pixels written */
+    Ipp64f value[3]; /**< the fill value in value[0] */
+    IppiRect rect;   /**< the bounding box of the pixels written */
 } IppiFillRegion;
 
-/* As an argument, the steps of the Hough space's axes; as a result, one line
+/** As an argument, the steps of the Hough space's axes; as a result, one line
  * x cos(theta) + y sin(theta) = rho. */
 typedef struct {
-    Ipp32f rho;
-    Ipp32f theta;
+    Ipp32f rho;   /**< distance from the origin in pixels */
+    Ipp32f theta; /**< angle of the line's normal in radians */
 } IppiRhoTheta;
 
 /* ---- selection and dispatch ------------------------------------------------------- */

@@ -26,13 +26,13 @@ void bindFiles(py::module_& m) {
             const std::size_t row = info.rowBytes();
             for (int y = 0; y < picture.rows; ++y)
                 std::memcpy(result.data() + std::size_t(y) * result.step(), picture.ptr(y), row);
-            return array(result);
+            return py::reinterpret_borrow<py::array>(array(result).value);
         },
         "path"_a, "color"_a = true, "A picture file as a BGR (or Gray) array.");
     m.def(
         "imwrite",
-        [](std::string const& path, py::handle a) {
-            const Image source = image(a);
+        [](std::string const& path, ImageArg const& arg) {
+            Image const& source = arg.image;
             char const* first;
             const nuv::core::Size size = getRoi(source, &first).size();
             const int type = CV_8UC(static_cast<int>(source.info().numChannels));

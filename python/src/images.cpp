@@ -6,6 +6,7 @@
 
 #include <pybind11/stl.h>
 
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -101,8 +102,8 @@ Image image(py::handle object) {
     return imageOverArray(object, nuv::core::image::FormatNone);
 }
 
-py::object array(Image const& result, std::initializer_list<Image const*> sources) {
-    if (result.isNull()) return py::none();
+ImageResult array(Image const& result, std::initializer_list<Image const*> sources) {
+    if (result.isNull()) return {py::none()};
     ImageInfo const& info = result.info();
     std::vector<py::ssize_t> shape{info.height, info.width};
     std::vector<py::ssize_t> strides{result.step(), info.numChannels};
@@ -121,7 +122,22 @@ py::object array(Image const& result, std::initializer_list<Image const*> source
     py::object owner = py::cast(result);
     py::array view(py::dtype::of<std::uint8_t>(), shape, strides, first, owner);
     if (shared) view.attr("setflags")(py::arg("write") = false);
-    return std::move(view);
+    return {std::move(view)};
+}
+
+Image packed(Image const& image) {
+    if (image.isNull()) return image;
+    ImageInfo const& info = image.info();
+    char const* first;
+    const Roi region = getRoi(image, &first);
+    // A part of the image is cut into packed rows by the segmenter itself.
+    const bool whole = region.offset() == Point() && region.size() == Size(info.width, info.height);
+    if (!whole || image.step() == info.rowBytes()) return image;
+    Image rows(info);
+    for (unsigned int y = 0; y < info.height; ++y)
+        std::memcpy(rows.data() + std::size_t(y) * rows.step(),
+                    image.constData() + std::size_t(y) * image.step(), info.rowBytes());
+    return rows;
 }
 
 namespace {
@@ -144,21 +160,29 @@ void bindImage(py::module_& m) {
 Image(array, format=None, roi=None) lies over the array's memory without copying when the
 strides fit a row step (rows a positive distance apart, pixels `channels` bytes apart);
 other layouts are copied into packed rows. The array stays alive as long as the image.)")
-        .def(py::init([](py::handle a, std::optional<Format> format, std::optional<Roi> roi) {
-                 Image result = imageOverArray(a, format.value_or(nuv::core::image::FormatNone));
+        .def(py::init([](ArrayArg a, std::optional<Format> format, std::optional<Roi> roi) {
+                 Image result =
+                     imageOverArray(a.object, format.value_or(nuv::core::image::FormatNone));
                  if (roi) setRoi(result, *roi);
                  return result;
              }),
-             py::arg("array"), py::arg("format") = py::none(), py::arg("roi") = py::none())
+             py::arg("array"), py::arg("format") = py::none(), py::arg("roi") = py::none(),
+             "An image over the array's pixels, in the format given or the one its channels "
+             "imply.")
         .def_property_readonly(
             "address",
-            [](Image const& i) { return reinterpret_cast<std::uintptr_t>(i.constData()); })
-        .def_property_readonly("step", &Image::step)
-        .def_property_readonly("width", [](Image const& i) { return i.info().width; })
-        .def_property_readonly("height", [](Image const& i) { return i.info().height; })
-        .def_property_readonly("channels", [](Image const& i) { return i.info().numChannels; })
-        .def_property_readonly("format", [](Image const& i) { return i.info().format; })
-        .def_property_readonly("isNull", &Image::isNull)
+            [](Image const& i) { return reinterpret_cast<std::uintptr_t>(i.constData()); },
+            "The address of the first pixel")
+        .def_property_readonly("step", &Image::step, "The distance of rows in bytes")
+        .def_property_readonly(
+            "width", [](Image const& i) { return i.info().width; }, "Pixels in a row")
+        .def_property_readonly(
+            "height", [](Image const& i) { return i.info().height; }, "Rows")
+        .def_property_readonly(
+            "channels", [](Image const& i) { return i.info().numChannels; }, "Bytes a pixel")
+        .def_property_readonly(
+            "format", [](Image const& i) { return i.info().format; }, "The pixel format")
+        .def_property_readonly("isNull", &Image::isNull, "Whether the image has no pixels")
         .def_property(
             "roi",
             [](Image const& i) {
@@ -167,7 +191,9 @@ other layouts are copied into packed rows. The array stays alive as long as the 
             },
             [](Image& i, std::optional<Roi> roi) { roi ? setRoi(i, *roi) : resetRoi(i); },
             "(x, y, w, h), cut to the image; None resets to the whole image")
-        .def("hasRoi", [](Image const& i) { return hasRoi(i); })
+        .def(
+            "hasRoi", [](Image const& i) { return hasRoi(i); },
+            "Whether a region of interest is set")
         .def_property_readonly(
             "array", [](Image const& i) { return array(i, {&i}); },
             "The pixels as a read-only array, without copying")
@@ -178,11 +204,11 @@ other layouts are copied into packed rows. The array stays alive as long as the 
         });
 
     m.def(
-        "lines", [](py::handle i) { return lines(attachedTo(i)); }, py::arg("image"),
+        "lines", [](AttachedArg i) { return lines(attachedTo(i.object)); }, py::arg("image"),
         "The overlay lines of a nuv.Image or of an array nuv returned, as (x0, y0, x1, y1)");
     m.def(
-        "segmentList", [](py::handle i) { return segmentList(attachedTo(i)); }, py::arg("image"),
-        "The segment records of a nuv.Image or of an array nuv returned");
+        "segmentList", [](AttachedArg i) { return segmentList(attachedTo(i.object)); },
+        py::arg("image"), "The segment records of a nuv.Image or of an array nuv returned");
 }
 
 }  // namespace nuvpy

@@ -12,15 +12,20 @@ using namespace pybind11::literals;
 
 void bindSelection(py::module_& m) {
     m.def("ippInit", &ippInit, "Selects the best slot for this processor; the status.");
-    m.def("ippInitCpu", &ippInitCpu, "cpuCode"_a);
-    m.def("ippGetEnabledCpuFeatures", &ippGetEnabledCpuFeatures);
-    m.def("ippGetCpuFeatures", [] {
-        Ipp64u features = 0;
-        const IppStatus status = ippGetCpuFeatures(&features, nullptr);
-        if (status < 0)
-            throw std::runtime_error("ippGetCpuFeatures: status " + std::to_string(status));
-        return features;
-    });
+    m.def("ippInitCpu", &ippInitCpu, "cpuCode"_a,
+          "Forces the slot of a processor code, whatever the processor has; the status.");
+    m.def("ippGetEnabledCpuFeatures", &ippGetEnabledCpuFeatures,
+          "The feature bits the selection works with.");
+    m.def(
+        "ippGetCpuFeatures",
+        [] {
+            Ipp64u features = 0;
+            const IppStatus status = ippGetCpuFeatures(&features, nullptr);
+            if (status < 0)
+                throw std::runtime_error("ippGetCpuFeatures: status " + std::to_string(status));
+            return features;
+        },
+        "The processor's feature bits (ippCPUID_* of nuv/primitives.h).");
     m.def(
         "jumpIndex", [] { return ippJumpIndexForMergedLibs; },
         "The slot every primitive jumps through: 0 until ippInit.");
@@ -41,7 +46,7 @@ PYBIND11_MODULE(_nuv, m) {
     namespace py = pybind11;
     using namespace nuv::core::image;
     m.doc() = "nuv, a computer-vision library for frames one at a time, over NumPy arrays.";
-    py::enum_<Format>(m, "Format")
+    py::enum_<Format>(m, "Format", "Pixel formats; the numbers are stable.")
         .value("FormatNone", FormatNone)
         .value("RGB", RGB)
         .value("BGR", BGR)

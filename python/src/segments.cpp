@@ -39,6 +39,15 @@ int train(Segment& segment, Bytes const& pixels, std::optional<Bytes> const& mas
     return trained;
 }
 
+// The segmenter reads its work image as packed three-byte pixels: other channel counts are
+// refused, and rows a step apart are packed into a copy first.
+Image segmentable(Image const& source) {
+    if (source.info().numChannels != 3)
+        throw py::type_error("the segmenter reads 3-channel pixels, the image has " +
+                             std::to_string(source.info().numChannels));
+    return packed(source);
+}
+
 void checkChannel(unsigned int channel) {
     // The library asserts on a channel past 2; here it is the caller's error.
     if (channel > 2) throw py::index_error("channels are 0, 1 and 2");
@@ -65,19 +74,23 @@ auto onChannel(R (Segment::*f)(unsigned int) const) {
 
 void bindSegments(py::module_& m) {
     py::class_<Segment>(m, "Segment", "A trained colour class of the segmenter.")
-        .def(py::init<>())
+        .def(py::init<>(), "A class without name that accepts nothing.")
         .def(py::init([](std::string const& name) {
                  Segment s;
                  s.setName(name);
                  return s;
              }),
-             "name"_a)
-        .def("name", &Segment::name)
-        .def("setName", &Segment::setName, "name"_a)
-        .def("meanColor", &Segment::meanColor)
-        .def("setMeanColor", &Segment::setMeanColor, "color"_a)
-        .def("channelUsed", onChannel(&Segment::channelUsed), "channel"_a)
-        .def("setChannelUsed", onChannel(&Segment::setChannelUsed), "channel"_a, "used"_a)
+             "name"_a, "A class of this name that accepts nothing.")
+        .def("name", &Segment::name, "The class's name.")
+        .def("setName", &Segment::setName, "name"_a, "Names the class.")
+        .def("meanColor", &Segment::meanColor, "The mean colour of the trained pixels.")
+        .def("setMeanColor", &Segment::setMeanColor, "color"_a,
+             "Leaves the colour count alone, so a later addColor still averages with the old "
+             "count.")
+        .def("channelUsed", onChannel(&Segment::channelUsed), "channel"_a,
+             "Whether the channel takes part; a channel not used accepts every value.")
+        .def("setChannelUsed", onChannel(&Segment::setChannelUsed), "channel"_a, "used"_a,
+             "Makes the channel take part or not.")
         .def(
             "accepts",
             [](Segment const& s, unsigned int c, unsigned char value) {
@@ -85,20 +98,32 @@ void bindSegments(py::module_& m) {
                 return s.colorIndex(c).at(value);
             },
             "channel"_a, "value"_a, "Whether the class accepts this byte in this channel.")
-        .def("getDilate", onChannel(&Segment::getDilate), "channel"_a)
-        .def("setDilate", onChannel(&Segment::setDilate), "channel"_a, "amount"_a)
-        .def("applyDilation", &Segment::applyDilation)
+        .def("getDilate", onChannel(&Segment::getDilate), "channel"_a,
+             "Pending dilation of a channel: positive grows the accepted set, negative shrinks "
+             "it.")
+        .def("setDilate", onChannel(&Segment::setDilate), "channel"_a, "amount"_a,
+             "Only stores the amount; applyDilation does the work.")
+        .def("applyDilation", &Segment::applyDilation,
+             "Applies and clears the pending dilation of every channel.")
         .def("addColor", &Segment::addColor, "color"_a,
              "Accepts the colour's r, g, b as channels 0, 1, 2 and folds it into the mean.")
         .def("addColors", &train, "pixels"_a, "mask"_a = py::none(),
              "addColor for every pixel of a (..., 3) array (where mask is not 0); the count.")
-        .def("merge", &Segment::merge, "other"_a)
-        .def("serializeColorIndex", &Segment::serializeColorIndex)
-        .def("loadColorIndex", &Segment::loadColorIndex, "text"_a)
-        .def("serializeChannelsUsed", &Segment::serializeChannelsUsed)
-        .def("loadChannelsUsed", &Segment::loadChannelsUsed, "text"_a)
-        .def(py::self == py::self)
-        .def(py::self != py::self)
+        .def("merge", &Segment::merge, "other"_a,
+             "Unions the accepted values channel by channel; nothing else of the other segment "
+             "counts.")
+        .def("serializeColorIndex", &Segment::serializeColorIndex,
+             "192 hexadecimal digits: channel 0, 1 and 2, 256 bits each.")
+        .def("loadColorIndex", &Segment::loadColorIndex, "text"_a,
+             "False, and nothing changed, unless the text is exactly 192 characters.")
+        .def("serializeChannelsUsed", &Segment::serializeChannelsUsed,
+             "The channel mask in decimal.")
+        .def("loadChannelsUsed", &Segment::loadChannelsUsed, "text"_a,
+             "Keeps the low three bits of the number; text that is no number gives 0.")
+        .def(py::self == py::self,
+             "Segments are the same class when their mean colours are equal; nothing else "
+             "counts.")
+        .def(py::self != py::self, "Whether the mean colours differ.")
         .def("__repr__", [](Segment const& s) {
             return "<nuv.Segment " + s.name() + " " +
                    std::string(py::repr(py::cast(s.meanColor()))) + ">";
@@ -112,12 +137,12 @@ void bindSegments(py::module_& m) {
 
     using Record = nuv::core::image::Segment;
     py::class_<Record>(m, "ImageSegment", "A region found by the segmenter.")
-        .def_readonly("pixelCount", &Record::pixelCount)
-        .def_readonly("color", &Record::color)
-        .def_readonly("center", &Record::center)
-        .def_readonly("lines", &Record::lines)
-        .def_readonly("segmentIndex", &Record::segmentIndex)
-        .def_readonly("name", &Record::name)
+        .def_readonly("pixelCount", &Record::pixelCount, "The region's pixels; 0 if not found.")
+        .def_readonly("color", &Record::color, "The class's mean colour.")
+        .def_readonly("center", &Record::center, "The region's centre (x, y).")
+        .def_readonly("lines", &Record::lines, "The region's outline lines.")
+        .def_readonly("segmentIndex", &Record::segmentIndex, "The class's place in the list.")
+        .def_readonly("name", &Record::name, "The class's name.")
         .def("__repr__", [](Record const& r) {
             return "<nuv.ImageSegment " + r.name + ": " + std::to_string(r.pixelCount) +
                    " pixels, centre (" + std::to_string(r.center.x()) + ", " +
@@ -127,25 +152,32 @@ void bindSegments(py::module_& m) {
     using nuv::cv::Segmenter;
     py::class_<Segmenter>(m, "Segmenter", R"(Colour segmentation by trained classes.
 
-doSegmentation reads the region as packed 3-byte pixels, whatever the row step: hand it
-packed frames (C-contiguous arrays) or a region of one.)")
-        .def(py::init<>())
-        .def("setColorSegments", &Segmenter::setColorSegments, "segments"_a)
-        .def("resetColorSegments", &Segmenter::resetColorSegments)
-        .def("createSegmentList", &Segmenter::createSegmentList)
-        .def("setupSegmentation", &Segmenter::setupSegmentation, "width"_a, "height"_a)
+The segmenter reads packed rows of 3-byte pixels: an image whose rows lie further apart (a
+slice of a wider array, say) is packed into a copy first, so any 3-channel array will do.)")
+        .def(py::init<>(), "A segmenter without classes.")
+        .def("setColorSegments", &Segmenter::setColorSegments, "segments"_a,
+             "Compiles the classes into the table; only the first 32 take part.")
+        .def("resetColorSegments", &Segmenter::resetColorSegments,
+             "No class is active any more; the names and colours stay but are not read.")
+        .def("createSegmentList", &Segmenter::createSegmentList,
+             "One default record per active class: the result for an image in which nothing "
+             "was found.")
+        .def("setupSegmentation", &Segmenter::setupSegmentation, "width"_a, "height"_a,
+             "Sizes the run arrays for frames of this size.")
         .def(
             "doSegmentation",
-            [](Segmenter& s, py::handle a) {
-                const Image source = image(a);
-                return array(s.doSegmentation(source), {&source});
+            [](Segmenter& s, ImageArg const& source) {
+                const Image work = segmentable(source.image);
+                return array(s.doSegmentation(work), {&work});
             },
             "image"_a,
-            "The image with one record per class attached (nuv.segmentList reads them); the "
-            "whole image comes back over the frame's own pixels.")
+            "The image with one record per class attached (nuv.segmentList reads them), over "
+            "the frame's own pixels when its rows are packed.")
         .def(
             "segment",
-            [](Segmenter& s, py::handle a) { return segmentList(s.doSegmentation(image(a))); },
+            [](Segmenter& s, ImageArg const& source) {
+                return segmentList(s.doSegmentation(segmentable(source.image)));
+            },
             "image"_a, "The records doSegmentation attaches, one per class in configured order.");
 }
 

@@ -43,7 +43,7 @@ namespace pybind11::detail {
 // A caster of a type built from and written as a tuple of N integers.
 template <typename T, std::size_t N>
 struct IntegerTupleCaster {
-    PYBIND11_TYPE_CASTER(T, const_name("tuple"));
+    PYBIND11_TYPE_CASTER(T, const_name<N == 2>("Tuple[int, int]", "Tuple[int, int, int, int]"));
     bool load(handle source, bool) {
         std::array<long long, N> v;
         if (!nuvpy::integers(source, v)) return false;
@@ -112,7 +112,7 @@ struct type_caster<nuv::core::Line> : IntegerTupleCaster<nuv::core::Line, 4> {};
 // word.
 template <>
 struct type_caster<nuv::core::Color> {
-    PYBIND11_TYPE_CASTER(nuv::core::Color, const_name("tuple"));
+    PYBIND11_TYPE_CASTER(nuv::core::Color, const_name("Tuple[int, int, int, int]"));
     bool load(handle source, bool) {
         if (PyLong_Check(source.ptr())) {
             value = nuv::core::Color(source.cast<unsigned int>());
@@ -139,7 +139,8 @@ struct type_caster<nuv::core::Color> {
 // The library's shared containers travel as Python lists, element by element.
 template <typename Container, typename Element>
 struct SequenceCaster {
-    PYBIND11_TYPE_CASTER(Container, const_name("list"));
+    PYBIND11_TYPE_CASTER(Container,
+                         const_name("List[") + make_caster<Element>::name + const_name("]"));
     bool load(handle source, bool convert) {
         if (!isinstance<sequence>(source) || isinstance<str>(source)) return false;
         value = Container();

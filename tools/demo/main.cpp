@@ -20,6 +20,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -30,9 +31,21 @@ namespace {
 using nuv::core::image::Image;
 using nuv::core::image::ImageInfo;
 
+// The bundled frame and classes: installed beside the program's prefix, else in the source
+// tree the program was built from.
+std::string dataDir() {
+    std::error_code error;
+    const std::filesystem::path installed =
+        std::filesystem::read_symlink("/proc/self/exe", error).parent_path() /
+        NUV_INSTALLED_DATA_DIR;
+    if (!error && std::filesystem::exists(installed / "frame.png", error))
+        return installed.string();
+    return NUV_DATA_DIR;
+}
+
 struct Options {
-    std::string image = NUV_DATA_DIR "/frame.png";
-    std::string classes = NUV_DATA_DIR "/classes.txt";
+    std::string image = dataDir() + "/frame.png";
+    std::string classes = dataDir() + "/classes.txt";
     std::string outDir = ".";
 };
 

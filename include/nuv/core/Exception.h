@@ -1,4 +1,5 @@
-// The exception type of the library: a message and nothing else.
+/// @file
+/// The exception type of the library: a message and nothing else.
 #pragma once
 
 #include <exception>
@@ -6,12 +7,17 @@
 
 namespace nuv::core {
 
+/// The exception type of the library: a message and nothing else.
 class Exception : public std::exception {
 public:
+    /// An exception carrying this message.
     explicit Exception(std::string const& message);
+    /// Lets go of the message.
     ~Exception() override;
 
+    /// The message.
     char const* what() const noexcept override;
+    /// The message.
     virtual std::string const& getMessage() const;
 
 private:

@@ -1,5 +1,6 @@
-// One trained colour class of the segmenter: a name, a mean colour that is its identity, and
-// per channel the accepted byte values.
+/// @file
+/// One trained colour class of the segmenter: a name, a mean colour that is its identity, and
+/// per channel the accepted byte values.
 #pragma once
 
 #include <nuv/core/Color.h>
@@ -10,26 +11,37 @@
 
 namespace nuv::cv {
 
-// The channels are bytes 0, 1 and 2 of a three-channel pixel, whatever colour model the
-// caller's images use; addColor maps r, g and b of a Color to channels 0, 1 and 2.
+/// One trained colour class of the segmenter. The channels are bytes 0, 1 and 2 of a
+/// three-channel pixel, whatever colour model the
+/// caller's images use; addColor maps r, g and b of a Color to channels 0, 1 and 2.
 class Segment {
 public:
+    /// A class without name that accepts nothing, with mean colour 0.
     Segment();
+    /// A copy of the other class.
     Segment(Segment const& other);
+    /// Takes the other class's name, colour, accepted values and pending dilation.
     Segment& operator=(Segment const& other);
 
+    /// Takes everything of the other class, as assignment does.
     void clone(Segment const& other);
 
+    /// The class's name.
     std::string name() const;
+    /// Names the class.
     void setName(std::string const& name);
 
+    /// The mean colour of the trained pixels: the class's identity.
     nuv::core::Color meanColor() const;
-    // Leaves the colour count alone, so a later addColor still averages with the old count.
+    /// Leaves the colour count alone, so a later addColor still averages with the old count.
     void setMeanColor(nuv::core::Color const& color);
 
+    /// Whether the channel takes part; a channel not used accepts every value.
     bool channelUsed(unsigned int channel) const;
+    /// Makes the channel take part or not.
     void setChannelUsed(unsigned int channel, bool used);
 
+    /// The accepted values of a channel, 0, 1 or 2.
     SegmentColorIndex const& colorIndex(unsigned int channel) const {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wtype-limits"
@@ -38,29 +50,30 @@ public:
         return _colorIndex[channel];
     }
 
-    // Pending dilation of a channel: positive grows the accepted set, negative shrinks it.
+    /// Pending dilation of a channel: positive grows the accepted set, negative shrinks it.
     int getDilate(unsigned int channel);
-    // Only stores the amount; applyDilation does the work.
+    /// Only stores the amount; applyDilation does the work.
     void setDilate(unsigned int channel, int amount);
-    // Applies and clears the pending dilation of every channel.
+    /// Applies and clears the pending dilation of every channel.
     void applyDilation();
 
-    // Training: accepts the colour's components and folds it into the running mean.
+    /// Training: accepts the colour's components and folds it into the running mean.
     void addColor(nuv::core::Color const& color);
-    // Unions the accepted values channel by channel; nothing else of the other segment counts.
+    /// Unions the accepted values channel by channel; nothing else of the other segment counts.
     void merge(Segment const& other);
 
-    // 192 hexadecimal digits: channel 0, 1 and 2, each as SegmentColorIndex::serialize.
+    /// 192 hexadecimal digits: channel 0, 1 and 2, each as SegmentColorIndex::serialize.
     std::string serializeColorIndex() const;
-    // False, and nothing changed, unless the text is exactly 192 characters.
+    /// False, and nothing changed, unless the text is exactly 192 characters.
     bool loadColorIndex(std::string const& text);
-    // The channel mask in decimal.
+    /// The channel mask in decimal.
     std::string serializeChannelsUsed() const;
-    // Keeps the low three bits of the number; text that is no number gives 0. Always true.
+    /// Keeps the low three bits of the number; text that is no number gives 0. Always true.
     bool loadChannelsUsed(std::string const& text);
 
-    // Segments are the same class when their mean colours are equal; nothing else counts.
+    /// Segments are the same class when their mean colours are equal; nothing else counts.
     bool operator==(Segment const& other) const;
+    /// Whether the mean colours differ.
     bool operator!=(Segment const& other) const;
 
 private:

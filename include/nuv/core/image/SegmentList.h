@@ -1,4 +1,5 @@
-// The segments attached to an image by colour segmentation.
+/// @file
+/// The segments attached to an image by colour segmentation.
 #pragma once
 
 #include <nuv/core/List.h>
@@ -8,10 +9,14 @@
 
 namespace nuv::core::image {
 
+/// The segment records of an image, one per active class in configured order.
 class SegmentList : public List<Segment> {
 public:
+    /// An empty list.
     SegmentList() = default;
+    /// A list of these records in order.
     SegmentList(std::initializer_list<Segment> values) : List<Segment>(values) {}
+    /// Lets go of the records.
     ~SegmentList() override;
 };
 
