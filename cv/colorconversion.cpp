@@ -4,6 +4,8 @@
 #include <nuv/cv/tools.h>
 #include <nuv/primitives.h>
 
+#include "primitives/dispatch/frontend.h"
+
 namespace nuv::cv {
 
 using nuv::core::Log;
@@ -173,10 +175,16 @@ Image YCbCrToBGR(char const* data, unsigned int step, Size const& size) {
     return Conversion(data, step, size, nuv::core::image::BGR).thenReverse(ippiYCbCrToRGB_8u_C3R);
 }
 
-// Channel 0 of the result from the gray bytes, then spread over all three where it lies.
+// Channel 0 of the result from the gray bytes, then spread over all three where it lies. The
+// result is a fresh image whose rows do not overlap, so with a source to read the two steps
+// come to each gray byte written three times, which one pass does; the checks are the same.
+// Without a source the spread still runs over whatever channel 0 holds.
 Image GrayToRGB(char const* data, unsigned int step, Size const& size) {
     Conversion c(data, step, size, nuv::core::image::RGB);
-    ippiCopy_8u_C1C3R(c.src, c.srcStep, c.dst, c.dstStep, c.roi);
+    if (c.src != nullptr) {
+        ippiGrayToRGB_8u_C1C3R(c.src, c.srcStep, c.dst, c.dstStep, c.roi);
+        return c.result;
+    }
     ippiSwapChannels_8u_C3IR(c.dst, c.dstStep, c.roi, channel0Everywhere);
     return c.result;
 }

@@ -81,13 +81,15 @@ struct ToHsvBlock {
 #endif
         const F sector = FL::select(green, greenTerm, FL::select(blue, blueTerm, redTerm));
         const F hue = FL::mul(sector, FL::fill(kHueScale));
-        // Only the red sector goes below zero; l9 wraps it with one rounding.
+        // Only the red sector goes below zero; l9 wraps it with one rounding. Elsewhere the
+        // wrap adds 255 below zero and 0 above, which leaves those hues as they are.
+        const F below = FL::less(hue, FL::zero());
 #if defined(__FMA__)
         const F wrapped = FL::mulAdd(sector, FL::fill(kHueScale), FL::fill(kFull));
+        const F h = FL::select(below, wrapped, hue);
 #else
-        const F wrapped = FL::add(hue, FL::fill(kFull));
+        const F h = FL::add(hue, FL::bitAnd(below, FL::fill(kFull)));
 #endif
-        const F h = FL::select(FL::less(hue, FL::zero()), wrapped, hue);
         const typename FL::I out[3] = {FL::roundToInts(FL::bitAndNot(h, gray)),
                                        FL::roundToInts(FL::bitAndNot(sat, gray)),
                                        FL::roundToInts(v)};

@@ -154,21 +154,37 @@ struct BlockPlan {
 
 #if !defined(__SSSE3__)
 // Four-channel sources without byte shuffles, four pixels at a time: output byte c of each
-// 32-bit pixel is source byte order[c], isolated by a shift down and up to the top byte and
-// brought down to byte c; then the three bytes of each pixel are packed.
+// 32-bit pixel is source byte order[c]. The reversal (2,1,0), the front end's order, swaps
+// the two halves of each pixel by word shuffles and keeps byte 1 where it is; any other order
+// isolates each byte by a shift down and up to the top byte and brings it down to byte c.
+// Either way the top byte ends zero, and the three bytes of each pixel are packed.
 struct QuadPlan {
     V down[3];
+    bool reversal;
 
-    explicit QuadPlan(int const* order) {
+    explicit QuadPlan(int const* order)
+        : reversal(order[0] == 2 && order[1] == 1 && order[2] == 0) {
         for (int c = 0; c < 3; ++c) down[c] = _mm_cvtsi32_si128(8 * order[c]);
     }
-    void fourPixels(Byte const* s, Byte* d) const {
-        const V in = L::load(s);
+    V arrange(V in) const {
+        if (reversal) {
+            const V halves = _mm_shufflehi_epi16(_mm_shufflelo_epi16(in, 0xB1), 0xB1);
+            return L::bitOr(L::bitAnd(halves, _mm_set1_epi32(0x00FF00FF)),
+                            L::bitAnd(in, _mm_set1_epi32(0x0000FF00)));
+        }
         V out = L::zero();
         for (int c = 0; c < 3; ++c)
             out = L::bitOr(out, _mm_srl_epi32(_mm_slli_epi32(_mm_srl_epi32(in, down[c]), 24),
                                               _mm_cvtsi32_si128(24 - 8 * c)));
-        storeThreeOfFour(out, d);
+        return out;
+    }
+    // Whole groups of four; returns the pixels done. While two more pixels follow a group, its
+    // two spare bytes land on them and the next store covers them again.
+    Length groups(Byte const* src, Byte* dst, Length n) const {
+        Length x = 0;
+        for (; x + 5 <= n; x += 4) storeThreeOfFourOver(arrange(L::load(src + 4 * x)), dst + 3 * x);
+        for (; x + 4 <= n; x += 4) storeThreeOfFour(arrange(L::load(src + 4 * x)), dst + 3 * x);
+        return x;
     }
 };
 #endif
@@ -189,10 +205,7 @@ void swapRun(Byte const* src, Byte* dst, Length n, int const* order) {
         x = BlockPlan<SrcPixel>(order).blocks(src, dst, n);
     }
 #if !defined(__SSSE3__)
-    if constexpr (SrcPixel == 4) {
-        const QuadPlan plan(order);
-        for (; x + 4 <= n; x += 4) plan.fourPixels(src + 4 * x, dst + 3 * x);
-    }
+    if constexpr (SrcPixel == 4) x = QuadPlan(order).groups(src, dst, n);
 #endif
     for (; x < n; ++x) swapPixel(src + SrcPixel * x, dst + 3 * x, order);
 }

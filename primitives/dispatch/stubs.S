@@ -7,10 +7,13 @@
 
 #define NUV_DISPATCHED(name, slot2, slot3, ret, params, args) NUV_STUB name, slot2, slot3
 
-.macro NUV_STUB name, slot2, slot3
+.macro NUV_STUB name, slot2, slot3, hidden=0
     .section .data.rel.ro.\name\()_arraddr,"aw",@progbits
     .balign 64
     .globl \name\()_arraddr
+    .if \hidden
+    .hidden \name\()_arraddr
+    .endif
     .type \name\()_arraddr, @object
     .size \name\()_arraddr, 56
 \name\()_arraddr:
@@ -20,6 +23,9 @@
     .section .text.\name,"ax",@progbits
     .balign 16
     .globl \name
+    .if \hidden
+    .hidden \name
+    .endif
     .type \name, @function
 \name:
     movq ippJumpIndexForMergedLibs@GOTPCREL(%rip), %rax
@@ -30,5 +36,10 @@
 .endm
 
 #include "nuv/primitives/dispatched.def"
+
+/* The front end's own helpers among the internal primitives: stubs hidden in the library. */
+#define NUV_INTERNAL(name, slot2, slot3, ret, params, args)
+#define NUV_FRONTEND(name, slot2, slot3, ret, params, args) NUV_STUB name, slot2, slot3, 1
+#include "primitives/dispatch/internal.def"
 
     .section .note.GNU-stack,"",@progbits

@@ -1,5 +1,5 @@
-// Copies between channel layouts: gray into channel 0 of a three-channel image, channel 0 out
-// of a three-channel image, and four-byte pixels to three bytes.
+// Copies between channel layouts: gray into channel 0 of a three-channel image, gray into all
+// three channels, channel 0 out of a three-channel image, and four-byte pixels to three bytes.
 //
 // m7 walks each row two pixels a turn with word loads and stores. The later generations
 // gather the bytes with byte shuffles: 16 pixels a block with 128-bit registers (n8, u8,
@@ -34,6 +34,16 @@ NUV_PLAIN_LOOP void c1c3Pairs(Ipp8u const* src, Ipp8u* dst, Index n) {
         dst[3 * x + 3] = static_cast<Ipp8u>(two >> 8);
     }
     if (x < n) dst[3 * x] = src[x];
+}
+
+// Each gray byte three times. A pair is six bytes of one 8-byte store whose two spare bytes
+// the next pair overwrites; the last pixels go as bytes, so nothing past the row is written.
+void triplePairs(Ipp8u const* src, Ipp8u* dst, Index n) {
+    Index x = 0;
+    for (; x + 4 <= n; x += 2)
+        storeBytes<8>(dst + 3 * x, std::uint64_t{src[x]} * 0x010101u |
+                                       std::uint64_t{src[x + 1]} * 0x010101000000u);
+    for (; x < n; ++x) dst[3 * x] = dst[3 * x + 1] = dst[3 * x + 2] = src[x];
 }
 
 void c3c1Pairs(Ipp8u const* src, Ipp8u* dst, Index n) {
@@ -89,6 +99,12 @@ alignas(16) constexpr char kSpread0[16] = {0, Z, Z, 1, Z, Z, 2, Z, Z, 3, Z, Z, 4
 alignas(16) constexpr char kSpread1[16] = {Z, Z, 6, Z, Z, 7, Z, Z, 8, Z, Z, 9, Z, Z, 10, Z};
 alignas(16) constexpr char kSpread2[16] = {Z, 11, Z, Z, 12, Z, Z, 13, Z, Z, 14, Z, Z, 15, Z, Z};
 
+// 16 gray bytes, each three times, as three pieces.
+alignas(16) constexpr char kTriple0[16] = {0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5};
+alignas(16) constexpr char kTriple1[16] = {5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10};
+alignas(16) constexpr char kTriple2[16] = {10, 11, 11, 11, 12, 12, 12, 13,
+                                           13, 13, 14, 14, 14, 15, 15, 15};
+
 // Packs the first three bytes of each of four pixels into the low 12 bytes.
 alignas(16) constexpr char kPack12[16] = {0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, Z, Z, Z, Z};
 
@@ -112,6 +128,14 @@ void c1c3Block16(Ipp8u const* src, Ipp8u* dst) {
     L::store(dst, mergeChannel0<L>(L::load(dst), L::shuffle(gray, p0), p0));
     L::store(dst + 16, mergeChannel0<L>(L::load(dst + 16), L::shuffle(gray, p1), p1));
     L::store(dst + 32, mergeChannel0<L>(L::load(dst + 32), L::shuffle(gray, p2), p2));
+}
+
+template <class L = L16>
+void tripleBlock16(Ipp8u const* src, Ipp8u* dst) {
+    const typename L::V gray = L::load(src);
+    L::store(dst, L::shuffle(gray, L::constant(kTriple0)));
+    L::store(dst + 16, L::shuffle(gray, L::constant(kTriple1)));
+    L::store(dst + 32, L::shuffle(gray, L::constant(kTriple2)));
 }
 
 template <class L = L16>
@@ -164,6 +188,15 @@ void c1c3Block32(Ipp8u const* src, Ipp8u* dst) {
     L::store(dst, mergeChannel0Wide<L>(L::load(dst), L::shuffle(first, p0), p0));
     L::store(dst + 32, mergeChannel0Wide<L>(L::load(dst + 32), L::shuffle(both, p1), p1));
     L::store(dst + 64, mergeChannel0Wide<L>(L::load(dst + 64), L::shuffle(second, p2), p2));
+}
+
+template <class L = Lanes<32>, class H = L16>
+void tripleBlock32(Ipp8u const* src, Ipp8u* dst) {
+    // The pieces lie in the lanes as in c1c3Block32.
+    const typename H::V low = H::load(src), high = H::load(src + 16);
+    L::store(dst, L::shuffle(L::broadcast(low), lanes<L>(kTriple0, kTriple1)));
+    L::store(dst + 32, L::shuffle(L::combine(low, high), lanes<L>(kTriple2, kTriple0)));
+    L::store(dst + 64, L::shuffle(L::broadcast(high), lanes<L>(kTriple1, kTriple2)));
 }
 
 template <class L = Lanes<32>, class H = L16>
@@ -239,6 +272,12 @@ void grayToChannel0Row(Ipp8u const* src, Ipp8u* dst, Index n) {
         [](auto s, auto d) { c1c3Block32(s, d); });
 }
 
+void grayToAllRow(Ipp8u const* src, Ipp8u* dst, Index n) {
+    channelRow<1, 3>(
+        src, dst, n, triplePairs, [](auto s, auto d) { tripleBlock16(s, d); },
+        [](auto s, auto d) { tripleBlock32(s, d); });
+}
+
 void channel0ToGrayRow(Ipp8u const* src, Ipp8u* dst, Index n) {
     channelRow<3, 1>(
         src, dst, n, c3c1Pairs, [](auto s, auto d) { c3c1Block16(s, d); },
@@ -269,6 +308,11 @@ IppStatus copyRows(Ipp8u const* pSrc, int srcStep, int srcPixel, Ipp8u* pDst, in
 IppStatus ippiCopy_8u_C1C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
                             IppiSize roiSize) {
     return copyRows(pSrc, srcStep, 1, pDst, dstStep, 3, roiSize, grayToChannel0Row);
+}
+
+IppStatus ippiGrayToRGB_8u_C1C3R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                 IppiSize roiSize) {
+    return copyRows(pSrc, srcStep, 1, pDst, dstStep, 3, roiSize, grayToAllRow);
 }
 
 IppStatus ippiCopy_8u_C3C1R(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep,

@@ -143,15 +143,28 @@ inline void joinChannels(Planes const& planes, Lanes<16>::V (&out)[3]) {
 
 #endif
 
-// Four pixels of 32 bits whose top byte is zero to 12 bytes at d: the second pixel of each
-// 64-bit pair moved down a byte, the upper pair down two bytes.
-inline void storeThreeOfFour(Lanes<16>::V pixels, Byte* d) {
+// Four pixels of 32 bits whose top byte is zero, each 64-bit pair closed to six bytes: the
+// second pixel of each pair moved down a byte, two zero bytes after each six.
+inline Lanes<16>::V closePairs(Lanes<16>::V pixels) {
     using L = Lanes<16>;
     const L::V low32 = _mm_set_epi32(0, -1, 0, -1);
+    return L::bitOr(L::bitAnd(pixels, low32), _mm_srli_epi64(L::bitAndNot(pixels, low32), 8));
+}
+
+// The same four pixels to 12 bytes at d and two zero bytes after them, in two 8-byte stores:
+// for a caller whose next store covers those two bytes.
+inline void storeThreeOfFourOver(Lanes<16>::V pixels, Byte* d) {
+    const Lanes<16>::V pairs = closePairs(pixels);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(d), pairs);
+    _mm_storeh_pi(reinterpret_cast<__m64*>(d + 6), _mm_castsi128_ps(pairs));
+}
+
+// The same four pixels to exactly 12 bytes at d: the upper pair also moved down two bytes.
+inline void storeThreeOfFour(Lanes<16>::V pixels, Byte* d) {
+    using L = Lanes<16>;
     const L::V first6 = _mm_set_epi32(0, 0, 0xFFFF, -1);
     const L::V next6 = _mm_set_epi32(0, -1, static_cast<int>(0xFFFF0000u), 0);
-    const L::V pairs =
-        L::bitOr(L::bitAnd(pixels, low32), _mm_srli_epi64(L::bitAndNot(pixels, low32), 8));
+    const L::V pairs = closePairs(pixels);
     L::storeLow12(
         d, L::bitOr(L::bitAnd(pairs, first6), L::bitAnd(L::shiftBytesRight<2>(pairs), next6)));
 }

@@ -128,6 +128,11 @@ TEST(Convert, BytesOfEachPath) {
         for (unsigned char g : regionOf(gray, 1)) spread.insert(spread.end(), 3, g);
         EXPECT_EQ(whole(nuv::cv::convert(gray, target)), spread);
     }
+    // Without a source channel 0 is left as it was and still spread over each pixel.
+    const Bytes unread = whole(nuv::cv::GrayToRGB(nullptr, 7, nuv::core::Size(7, 3)));
+    ASSERT_EQ(unread.size(), 63u);
+    for (std::size_t i = 0; i < unread.size(); i += 3)
+        EXPECT_TRUE(unread[i] == unread[i + 1] && unread[i] == unread[i + 2]) << i;
     // Four bytes a pixel: the fourth is dropped, or the first three reversed; to gray the rows
     // are read three bytes a pixel from the region's first byte.
     const Image bgra = framed(BGRA, rng);

@@ -1,6 +1,7 @@
 // Every image primitive through the shared sweep: plain models of the bytes, random regions
 // in every layout, large regions that stream, and the refused calls in their order.
 #include "support/bodies.h"
+#include "support/slots.h"
 #include "support/sweep.h"
 
 #include <algorithm>
@@ -53,6 +54,12 @@ IppStatus copyModel(ModelInput const& in, Bytes& out) {
 IppStatus grayToChannel0(ModelInput const& in, Bytes& out) {
     out = in.dstBefore;
     for (std::size_t i = 0; i < in.sources[0].size(); ++i) out[3 * i] = in.sources[0][i];
+    return ippStsNoErr;
+}
+// Gray into all three channels: what channel 0 and then its spread over the pixel give.
+IppStatus grayToAll(ModelInput const& in, Bytes& out) {
+    out.resize(3 * in.sources[0].size());
+    for (std::size_t i = 0; i < out.size(); ++i) out[i] = in.sources[0][i / 3];
     return ippStsNoErr;
 }
 IppStatus channel0ToGray(ModelInput const& in, Bytes& out) {
@@ -140,6 +147,7 @@ std::vector<SweepCase> const& cases() {
         {NUV_CASE(ippiCopy_8u_C1R), unary), 1, 1, 1, false, false, {0}, copyModel, {large1}},
         {NUV_CASE(ippiCopy_8u_C3R), unary), 1, 3, 3, false, false, {0}, copyModel, {large3}},
         {NUV_CASE(ippiCopy_8u_C1C3R), unary), 1, 1, 3, false, false, {0}, grayToChannel0, {}},
+        {NUV_CASE(ippiGrayToRGB_8u_C1C3R), unary), 1, 1, 3, false, false, {0}, grayToAll, {}},
         {NUV_CASE(ippiCopy_8u_C3C1R), unary), 1, 3, 1, false, false, {0}, channel0ToGray, {}},
         {NUV_CASE(ippiCopy_8u_AC4C3R), unary), 1, 4, 3, false, false, {0}, fourToThree, {}},
         {NUV_CASE(ippiSet_8u_C1R), fill), 0, 1, 1, false, false, {0, 0x5A, 255}, fillModel,
@@ -250,6 +258,30 @@ TEST_P(ImageSweep, RefusedCallsWriteNothing) {
         {"ippiTranspose_8u_C1IR", &squareOnly},      {"ippiTranspose_8u_C3IR", &squareOnly},
     };
     for (auto const& [name, table] : tables) sweepRefusals(caseNamed(name), *table);
+    sweepRefusals(caseNamed("ippiGrayToRGB_8u_C1C3R"), pointersThenSize);
+}
+
+// The front end's one pass from gray to RGB stands for channel 0 and then its spread in
+// place: at each slot, the same bytes from the same frames, in every row length that a block
+// or its tail meets.
+TEST(GrayToAll, IsChannel0ThenItsSpreadAtEachSlot) {
+    std::mt19937 rng(23);
+    int const everywhere[3] = {0, 0, 0};
+    for (int slot : executableSlots())
+        for (int width = 1; width <= 70; width += 3) {
+            const IppiSize size{width, 3};
+            Bytes gray(static_cast<std::size_t>(width + 5) * 3), twoSteps(3 * width * 3);
+            for (auto& b : gray) b = static_cast<std::uint8_t>(rng());
+            for (auto& b : twoSteps) b = static_cast<std::uint8_t>(rng());
+            Bytes onePass = twoSteps;
+            bodies::ippiCopy_8u_C1C3R[slot](gray.data(), width + 5, twoSteps.data(), 3 * width,
+                                            size);
+            bodies::ippiSwapChannels_8u_C3IR[slot](twoSteps.data(), 3 * width, size, everywhere);
+            EXPECT_EQ(bodies::ippiGrayToRGB_8u_C1C3R[slot](gray.data(), width + 5, onePass.data(),
+                                                           3 * width, size),
+                      ippStsNoErr);
+            EXPECT_EQ(onePass, twoSteps) << "slot " << slot << " width " << width;
+        }
 }
 
 NUV_SWEEP_GENERATIONS(ImageSweep);
