@@ -113,13 +113,19 @@ Mask const masks[] = {{{1, 1}, {0, 0}},
                       {{17, 2}, {16, 1}},
                       {{2, 9}, {1, 4}},
                       {{40, 3}, {7, 0}},
+                      // the running passes, and a mask tall enough to cut a row into strips
+                      {{15, 15}, {7, 7}},
+                      {{6, 11}, {5, 0}},
+                      {{9, 16}, {4, 15}},
+                      {{33, 7}, {0, 3}},
+                      {{2, 130}, {1, 64}},
                       // refused: width 0, height 0, anchor at the width, anchor above the mask
                       {{0, 3}, {0, 0}},
                       {{3, 0}, {0, 0}},
                       {{3, 3}, {3, 0}},
                       {{3, 3}, {0, -1}}};
-std::vector<int> const allMasks = {0, 1, 2, 3, 4, 5, 6, 7, 8};
-constexpr int badWidth = 9, badHeight = 10, anchorAtWidth = 11, anchorAbove = 12;
+std::vector<int> const allMasks = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13};
+constexpr int badWidth = 14, badHeight = 15, anchorAtWidth = 16, anchorAbove = 17;
 
 Margins maskArea(int arg) {
     const Mask m = masks[arg];
