@@ -194,29 +194,26 @@ void suffixes(Byte* block, int step, int k, int n, Byte* firstOut) {
 
 // Blocks of k area rows from row 0. The window of destination row y0 + t (y0 a block's first
 // row, 0 < t < k) is the suffix extreme of its block from t on and the prefix extreme of the
-// next block through its row t - 1; that next block is made as the prefixes need its rows,
-// and then becomes the block of suffixes.
+// next block through its row t - 1. The next block's rows are made as the prefixes need
+// them, each in the place of a suffix already used, so one block of rows and the running
+// prefix are all the scratch; then they become the suffixes.
 template <class E>
 void runningColumns(Strip const& s, int k, Byte* scratch, int step) {
-    Byte* block = scratch;
-    Byte* next = block + static_cast<Offset>(k) * step;
-    Byte* prefix = next + static_cast<Offset>(k) * step;
+    Byte* const block = scratch;
+    Byte* const prefix = block + static_cast<Offset>(k) * step;
     for (int t = 0; t < k; ++t) s.rowOf(t, block + t * step);
     suffixes<E>(block, step, k, s.n, s.dstRow(0));
     for (int y0 = 0; y0 < s.height; y0 += k) {
         const int end = k < s.height - y0 ? k : s.height - y0;
         for (int t = 1; t < end; ++t) {
-            Byte* added = next + (t - 1) * step;
+            Byte* added = block + (t - 1) * step;
             s.rowOf(y0 + k + t - 1, added);
-            if (t > 1) pairOf<E>(t == 2 ? next : prefix, added, prefix, s.n);
+            if (t > 1) pairOf<E>(t == 2 ? block : prefix, added, prefix, s.n);
             pairOf<E>(block + t * step, t > 1 ? prefix : added, s.dstRow(y0 + t), s.n);
         }
         if (y0 + k >= s.height) break;
-        s.rowOf(y0 + 2 * k - 1, next + (k - 1) * step);
-        suffixes<E>(next, step, k, s.n, s.dstRow(y0 + k));
-        Byte* const done = block;
-        block = next;
-        next = done;
+        s.rowOf(y0 + 2 * k - 1, block + (k - 1) * step);
+        suffixes<E>(block, step, k, s.n, s.dstRow(y0 + k));
     }
 }
 
@@ -229,7 +226,7 @@ struct StripPlan {
     int bytes() const { return columnRows * width + rowScratch; }
 };
 StripPlan planStrips(int rowBytes, IppiSize mask, int ch) {
-    const int columnRows = mask.height > kDirectSide ? 2 * mask.height + 1 : mask.height;
+    const int columnRows = mask.height > kDirectSide ? mask.height + 1 : mask.height;
     const int beyond = mask.width > kDirectSide ? (mask.width - 2) * ch + 32 : 0;
     const int rowsOfScratch = columnRows + (beyond > 0 ? 2 : 0);
     int width = ((kScratchBudget - 2 * beyond) / rowsOfScratch) & ~31;
