@@ -52,12 +52,30 @@ void registerContender(std::string const& group, std::string const& name, Body c
     benchmark::RegisterBenchmark((group + "/" + name).c_str(), body)->UseRealTime();
 }
 
+::cv::Mat photograph(FrameSize size, int type) {
+    for (std::string const path :
+         {std::string(NUV_SOURCE_DIR "/data/astronaut.jpg"),
+          std::string("/usr/lib/python3/dist-packages/skimage/data/coffee.png")}) {
+        const ::cv::Mat image =
+            ::cv::imread(path, type == CV_8UC1 ? ::cv::IMREAD_GRAYSCALE : ::cv::IMREAD_COLOR);
+        if (image.empty()) continue;
+        ::cv::Mat resized;
+        ::cv::resize(image, resized, {size.width, size.height}, 0, 0, ::cv::INTER_LINEAR);
+        return resized;
+    }
+    return {};
+}
+
 Frames::Frames(FrameSize size, Shape shape)
     : src(size.height, size.width, shape.srcType),
       dst(shape.turned ? size.width : size.height, shape.turned ? size.height : size.width,
           shape.dstType, ::cv::Scalar::all(0)),
       roi{size.width, size.height} {
     ::cv::randu(src, ::cv::Scalar::all(0), ::cv::Scalar::all(256));
+    if (shape.photograph) {
+        const ::cv::Mat photo = photograph(size, shape.srcType);
+        if (!photo.empty()) photo.copyTo(src);
+    }
     if (shape.sources > 1) {
         src2.create(size.height, size.width, shape.srcType);
         ::cv::randu(src2, ::cv::Scalar::all(0), ::cv::Scalar::all(256));

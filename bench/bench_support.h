@@ -57,6 +57,12 @@ void registerAtSlots(std::string const& group, Body const& body);
 // Registers "<group>/<name>", a contender run as it is.
 void registerContender(std::string const& group, std::string const& name, Body const& body);
 
+// A real photograph, resized to the frame and of the type (CV_8UC1 or CV_8UC3): the bundled
+// data/astronaut.jpg (NASA, public domain), or scikit-image's coffee cup (CC0) from the Debian
+// package python3-skimage when that is installed. Rank filters, labelling and Hough behave on
+// the edges and flat areas of a photograph as they never do on random bytes.
+::cv::Mat photograph(FrameSize size, int type);
+
 // Random packed frames for one primitive call: one or two sources of srcType, a destination
 // of dstType (zeroed), turned for a transposition. `bytes` is what one call processes.
 struct Shape {
@@ -65,6 +71,7 @@ struct Shape {
     int sources = 1;
     bool turned = false;
     bool countDestination = false;  // bytes count the destination's as well as one source's
+    bool photograph = false;        // the source is photograph(), not random bytes
 };
 struct Frames {
     Frames(FrameSize size, Shape shape);

@@ -9,6 +9,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -24,9 +25,12 @@ Ipp8u const* centre(Frames const& f, int k) {
 }
 
 void registerRank(std::string const& name, FrameSize size, int type, int k, Rank rank,
-                  int morphology) {
-    registerPrimitive(name + " " + std::to_string(k) + "x" + std::to_string(k) + "/" + size.name,
-                      size, {type, type},
+                  int morphology, bool photo = false) {
+    Shape shape{type, type};
+    shape.photograph = photo;
+    registerPrimitive(name + " " + std::to_string(k) + "x" + std::to_string(k) +
+                          (photo ? " photo/" : "/") + size.name,
+                      size, shape,
                       [rank, k](Frames& f) {
                           return rank(centre(f, k), f.srcStep(), f.dst.data, f.dstStep(),
                                       inner(f, k), {k, k}, {k / 2, k / 2});
@@ -81,6 +85,13 @@ const bool registered = [] {
                          cv::MORPH_ERODE);
             registerRank("ippiFilterMax_8u_C3R", size, CV_8UC3, k, ippiFilterMax_8u_C3R,
                          cv::MORPH_DILATE);
+        }
+        // The same on a photograph, where flat areas and edges replace noise.
+        for (int k : photograph(size, CV_8UC1).empty() ? std::vector<int>{} : std::vector{3, 15}) {
+            registerRank("ippiFilterMin_8u_C1R", size, CV_8UC1, k, ippiFilterMin_8u_C1R,
+                         cv::MORPH_ERODE, true);
+            registerRank("ippiFilterMax_8u_C3R", size, CV_8UC3, k, ippiFilterMax_8u_C3R,
+                         cv::MORPH_DILATE, true);
         }
         registerBorder("ippiCopyReplicateBorder_8u_C1R", size, CV_8UC1,
                        ippiCopyReplicateBorder_8u_C1R);

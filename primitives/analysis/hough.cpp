@@ -103,21 +103,15 @@ void listPoints(Layout const& b, Ipp8u const* image, int step, IppiSize roi) {
     }
 }
 
-struct Bounds {
-    int low, high;
-};
-
-// Every point votes for its cell at this angle; returns the span of cells that got votes.
-// Four points at a time and the rest singly, with the same float operations in the same order.
-Bounds vote(Layout const& b, Geometry g, IppiSize roi, std::int32_t* counters, int cosine,
-            int sine) {
-    Bounds used{g.numRho - 1, 0};
+// Every point votes for its cell at this angle, four points at a time and the rest singly,
+// with the same float operations in the same order. Nothing else is kept per vote: the peak
+// test walks the whole row, cheaper than tracking which cells got votes.
+void vote(Layout const& b, Geometry g, IppiSize roi, std::int32_t* counters, int cosine, int sine) {
     const float c = static_cast<float>(cosine), s = static_cast<float>(sine);
+    const auto cells = static_cast<unsigned>(g.numRho);
     auto count = [&](int cell) {
-        if (cell < 0 || cell >= g.numRho) return;  // only with steps of the region's size
-        ++counters[cell];
-        used.low = cell < used.low ? cell : used.low;
-        used.high = cell > used.high ? cell : used.high;
+        // Outside the row only with steps of the region's size.
+        if (static_cast<unsigned>(cell) < cells) ++counters[cell];
     };
     const L::V half = L::ints(512), offset = L::ints(g.rhoOffset);
     for (int y = 0; y < roi.height; ++y) {
@@ -137,29 +131,32 @@ Bounds vote(Layout const& b, Geometry g, IppiSize roi, std::int32_t* counters, i
             count(((roundToInt(static_cast<float>(list[4 + k]) * c + p) + 512) >> 10) +
                   g.rhoOffset);
     }
-    return used;
 }
 
-// Writes into the peak row, from `start` (a multiple of 4) to `high`, each cell's votes where
+// Writes into the peak row, from cell 0 to `high` in blocks of 4, each cell's votes where
 // it is a peak and 0 elsewhere: above the threshold, at least the bound, above the cell
 // before and the previous angle's, at least the cell after and the next angle's. Only one
-// cell of a plateau wins. Cell -1 is the row's zero guard.
-void testPeaks(std::int32_t const* centre, std::int32_t const* previous, std::int32_t const* next,
-               std::int32_t* peaks, int start, int high, int threshold, int bound) {
+// cell of a plateau wins. Cell -1 is the row's zero guard. Returns whether any cell passed
+// the first two tests, without which the row holds no peak.
+bool testPeaks(std::int32_t const* centre, std::int32_t const* previous, std::int32_t const* next,
+               std::int32_t* peaks, int high, int threshold, int bound) {
     const L::V above = L::ints(threshold), least = L::ints(bound);
-    for (int i = start; i <= high; i += 4) {
+    bool found = false;
+    for (int i = 0; i <= high; i += 4) {
         const L::V c = L::load(centre + i);
         const L::V candidates = L::bitAndNot(L::greaterInts(c, above), L::greaterInts(least, c));
         if (!L::any(candidates)) {
             L::store(peaks + i, L::zero());
             continue;
         }
+        found = true;
         L::V peak = L::bitAnd(candidates, L::greaterInts(c, L::load(centre + i - 1)));
         peak = L::bitAndNot(peak, L::greaterInts(L::load(centre + i + 1), c));
         peak = L::bitAnd(peak, L::greaterInts(c, L::load(previous + i)));
         peak = L::bitAndNot(peak, L::greaterInts(L::load(next + i), c));
         L::store(peaks + i, L::bitAnd(peak, c));
     }
+    return found;
 }
 
 class PeakList {
@@ -188,20 +185,18 @@ private:
 int houghKernel(Layout const& b, Geometry g, IppiSize roi, int threshold, int maxLineCount) {
     for (int r = 0; r < 3; ++r) std::memset(b.counters(r) - 4, 0, 4 * (g.numRho + 4));
     PeakList list(b.peaks, maxLineCount);
-    Bounds bounds[3] = {};
     // The peaks of the row of angle `centre`, between the rows of the angles on each side.
     auto peaksOf = [&](int centre, std::int32_t const* previous, std::int32_t const* next) {
-        const Bounds span = bounds[centre % 3];
-        const int start = span.low - span.low % 4;
-        testPeaks(b.counters(centre % 3), previous, next, b.peakRow, start, span.high, threshold,
-                  list.bound());
-        for (int i = start; i <= span.high; ++i)
+        if (!testPeaks(b.counters(centre % 3), previous, next, b.peakRow, g.numRho - 1, threshold,
+                       list.bound()))
+            return;
+        for (int i = 0; i < g.numRho; ++i)
             if (b.peakRow[i] != 0) list.insert(i, centre, b.peakRow[i]);
     };
     for (int t = 0; t <= g.lastAngle; ++t) {
         std::int32_t* current = b.counters(t % 3);
         std::memset(current, 0, 4 * g.numRho);
-        bounds[t % 3] = vote(b, g, roi, current, b.cosine[t], b.sine[t]);
+        vote(b, g, roi, current, b.cosine[t], b.sine[t]);
         if (t > 0) peaksOf(t - 1, b.counters((t + 1) % 3), current);
     }
     std::int32_t* beyond = b.counters((g.lastAngle + 1) % 3);

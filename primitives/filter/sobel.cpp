@@ -7,7 +7,7 @@
 //   vertical    left minus right (1 0 -1 / 2 0 -2 / 1 0 -1): bright left of dark is positive.
 // Neighbours of a channel value lie `channels` bytes away in the interleaved row. Reads stay
 // inside columns -1..width and rows -1..height of the source; the row buffer is allocated on
-// each call.
+// each call, for a strip of columns.
 #include "primitives/simd/simd.h"
 
 namespace nuv::prim::NUV_V {
@@ -66,7 +66,13 @@ void rowPass(Word const* in, Byte* dst, int n, int c) {
     }
 }
 
-// The row buffer's size in bytes, computed in 32 bits from the width rounded up to 16.
+// Rows are filtered in strips of at most this many destination bytes, so that the row
+// buffer stays well under 64 KiB at any width and the allocator serves it again on the next
+// call without a trip to the system. Every destination byte depends on its own column pass
+// values only, so the strips change no byte.
+constexpr int kStripBytes = 4096;
+
+// The row buffer's size in bytes, computed in 32 bits from the strip's width rounded up to 16.
 int bufferBytes(Axis a, int width, int c) {
     const int w = (width + 15) & ~15;
     return a == Axis::horizontal ? 4 * c * ((w + 2 * c + 31) & ~31)
@@ -78,15 +84,19 @@ IppStatus sobel(Ipp8u const* pSrc, int srcStep, Ipp8u* pDst, int dstStep, IppiSi
     const IppStatus status = firstFailure(
         {nullCheck(pSrc, pDst), sizeCheck(roi), {srcStep < 1 || dstStep < 1, ippStsStepErr}});
     if (status != ippStsNoErr) return status;
-    Ipp8u* buffer = ippsMalloc_8u(bufferBytes(A, roi.width, C));
+    const int rowBytes = roi.width * C;
+    const int strip = rowBytes < kStripBytes ? rowBytes : kStripBytes;
+    Ipp8u* buffer = ippsMalloc_8u(bufferBytes(A, (strip + C - 1) / C, C));
     if (buffer == nullptr) return ippStsMemAllocErr;
     Word* row = reinterpret_cast<Word*>(buffer);
     Byte const* area = rowAt(pSrc, srcStep, -1) - C;  // the mask area's top-left pixel
-    const int count = (roi.width + 2) * C;
-    for (int y = 0; y < roi.height; ++y) {
-        Byte const* top = rowAt(area, srcStep, y);
-        columnPass<A>(top, rowAt(top, srcStep, 1), rowAt(top, srcStep, 2), row, count);
-        rowPass<A>(row, rowAt(pDst, dstStep, y), roi.width * C, C);
+    for (int x = 0; x < rowBytes; x += strip) {
+        const int n = rowBytes - x < strip ? rowBytes - x : strip;
+        for (int y = 0; y < roi.height; ++y) {
+            Byte const* top = rowAt(area, srcStep, y) + x;
+            columnPass<A>(top, rowAt(top, srcStep, 1), rowAt(top, srcStep, 2), row, n + 2 * C);
+            rowPass<A>(row, rowAt(pDst, dstStep, y) + x, n, C);
+        }
     }
     ippsFree(buffer);
     return ippStsNoErr;

@@ -2,13 +2,14 @@
 // lies in a block that holds exactly the pixels the primitive may read (the mask area around
 // the region, or a border copy's smaller source), so a read beyond it is a sanitizer report;
 // plain models give every byte. Then the orders of checks, the sign conventions of the two
-// Sobel operators on worked images, and a failing allocator.
+// Sobel operators on worked images, a failing allocator, and rows wider than a strip.
 #include "support/bodies.h"
 #include "support/slots.h"
 #include "support/sweep.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 
 namespace {
 
@@ -113,13 +114,19 @@ Mask const masks[] = {{{1, 1}, {0, 0}},
                       {{17, 2}, {16, 1}},
                       {{2, 9}, {1, 4}},
                       {{40, 3}, {7, 0}},
+                      // the running passes, and a mask tall enough to cut a row into strips
+                      {{15, 15}, {7, 7}},
+                      {{6, 11}, {5, 0}},
+                      {{9, 16}, {4, 15}},
+                      {{33, 7}, {0, 3}},
+                      {{2, 130}, {1, 64}},
                       // refused: width 0, height 0, anchor at the width, anchor above the mask
                       {{0, 3}, {0, 0}},
                       {{3, 0}, {0, 0}},
                       {{3, 3}, {3, 0}},
                       {{3, 3}, {0, -1}}};
-std::vector<int> const allMasks = {0, 1, 2, 3, 4, 5, 6, 7, 8};
-constexpr int badWidth = 9, badHeight = 10, anchorAtWidth = 11, anchorAbove = 12;
+std::vector<int> const allMasks = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13};
+constexpr int badWidth = 14, badHeight = 15, anchorAtWidth = 16, anchorAbove = 17;
 
 Margins maskArea(int arg) {
     const Mask m = masks[arg];
@@ -321,6 +328,49 @@ TEST(FilterBuffers, AFailingAllocatorLeavesTheDestinationUnwritten) {
         EXPECT_EQ(dst[0], 9);
     });
     i_malloc = std::malloc;
+}
+
+// Rows wider than a strip of the filters' scratch give the bytes of the same rows filtered
+// in narrow pieces, and no call asks the allocator for 64 KiB or more, so that the scratch
+// comes back from the heap's bins on the next call instead of from the system.
+TEST(FilterStrips, WideRowsMatchNarrowPiecesWithScratchUnder64KiB) {
+    static std::size_t largest = 0;
+    i_malloc = [](std::size_t n) {
+        largest = n > largest ? n : largest;
+        return std::malloc(n);
+    };
+    constexpr int width = 3840, height = 24, border = 8, step = (width + 2 * border) * 3;
+    std::mt19937 rng(23);
+    Bytes src(static_cast<std::size_t>(step) * (height + 2 * border));
+    for (auto& b : src) b = std::uint8_t(rng() % 7 == 0 ? rng() : 128 + rng() % 9);
+    Ipp8u const* centre = src.data() + border * step + border * 3;
+    using Call = std::function<IppStatus(Ipp8u const*, Ipp8u*, int)>;
+    const Call calls[] = {
+        [](Ipp8u const* s, Ipp8u* d, int w) {
+            return ippiFilterMax_8u_C3R(s, step, d, step, {w, height}, {15, 15}, {7, 7});
+        },
+        [](Ipp8u const* s, Ipp8u* d, int w) {
+            return ippiFilterMin_8u_C3R(s, step, d, step, {w, height}, {5, 3}, {2, 1});
+        },
+        [](Ipp8u const* s, Ipp8u* d, int w) {
+            return ippiFilterSobelHoriz_8u_C3R(s, step, d, step, {w, height});
+        },
+        [](Ipp8u const* s, Ipp8u* d, int w) {
+            return ippiFilterSobelVert_8u_C3R(s, step, d, step, {w, height});
+        }};
+    forEachSlot([&](int) {
+        for (Call const& call : calls) {
+            Bytes whole(static_cast<std::size_t>(step) * height), pieces = whole;
+            ASSERT_EQ(call(centre, whole.data(), width), ippStsNoErr);
+            for (int x = 0; x < width; x += 200)
+                ASSERT_EQ(call(centre + 3 * x, pieces.data() + 3 * x, std::min(200, width - x)),
+                          ippStsNoErr);
+            EXPECT_EQ(whole, pieces);
+        }
+    });
+    i_malloc = std::malloc;
+    EXPECT_GT(largest, 0u);
+    EXPECT_LT(largest, 64u * 1024);
 }
 
 }  // namespace
