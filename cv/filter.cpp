@@ -59,6 +59,7 @@ Image filter(Image const& source, PredefindedFilter_t type, bool border) {
         case PredefindedFilterSobelVert3x3:
             return sobelVert3x3(source, border);
     }
+    // "undefinded" is spelt as hosts match it: the line is part of the interface.
     Log::singleton() << "nuv::cv::filter::filter: undefinded filter type " << static_cast<int>(type)
                      << nuv::core::endl;
     return Image();
@@ -76,6 +77,7 @@ Image sobel(Image const& source, bool border, char const* name, SobelPrimitive o
     if (border) local = replicateBorder(source, Kernel(3, 3, 1, 1));
     const ImageInfo info = local.info();
     if (info.width < 4 || info.height < 4) {
+        // "to small" is spelt as hosts match it: the line is part of the interface.
         Log::singleton() << name << ": source image to small: " << info.width << "x" << info.height
                          << nuv::core::endl;
         return Image(info);

@@ -1,13 +1,19 @@
-/* Dispatch stubs and their seven-slot tables, generated from the dispatch list.
+/* Dispatch stubs and their seven-slot tables, generated from the dispatch list and the
+ * list of generations.
  *
  * A stub loads the index word, then jumps through its table: the body returns straight to
  * the caller, and arguments and result pass untouched. The index is read through the GOT
  * because a host executable may hold the exported word itself (a copy relocation), and
  * the stub must see what the host wrote. */
 
-#define NUV_DISPATCHED(name, slot2, slot3, ret, params, args) NUV_STUB name, slot2, slot3
+#include "primitives/dispatch/generations.def"
 
-.macro NUV_STUB name, slot2, slot3, hidden=0
+/* One table entry per slot: the body of the generation that serves it. */
+#define NUV_TABLE_ENTRY(generation, features, name) .quad generation##_##name;
+#define NUV_DISPATCHED(name, slot2, slot3, ret, params, args) \
+    NUV_TABLE name; NUV_SLOTS(NUV_TABLE_ENTRY, slot2, slot3, name) NUV_STUB name
+
+.macro NUV_TABLE name, hidden=0
     .section .data.rel.ro.\name\()_arraddr,"aw",@progbits
     .balign 64
     .globl \name\()_arraddr
@@ -18,8 +24,9 @@
     .size \name\()_arraddr, 56
 \name\()_arraddr:
 .Ltable_\name:
-    .quad m7_\name, m7_\name, \slot2\()_\name, \slot3\()_\name, y8_\name, e9_\name, l9_\name
+.endm
 
+.macro NUV_STUB name, hidden=0
     .section .text.\name,"ax",@progbits
     .balign 16
     .globl \name
@@ -38,8 +45,10 @@
 #include "nuv/primitives/dispatched.def"
 
 /* The front end's own helpers among the internal primitives: stubs hidden in the library. */
+#undef NUV_DISPATCHED
 #define NUV_INTERNAL(name, slot2, slot3, ret, params, args)
-#define NUV_FRONTEND(name, slot2, slot3, ret, params, args) NUV_STUB name, slot2, slot3, 1
+#define NUV_FRONTEND(name, slot2, slot3, ret, params, args) \
+    NUV_TABLE name, 1; NUV_SLOTS(NUV_TABLE_ENTRY, slot2, slot3, name) NUV_STUB name, 1
 #include "primitives/dispatch/internal.def"
 
     .section .note.GNU-stack,"",@progbits

@@ -1,6 +1,6 @@
 // Included first by every variant translation unit. The build compiles each family source
-// once per processor generation with NUV_V set to the generation's token (m7, n8, u8, y8,
-// e9, l9); all code of that compilation lives in namespace nuv::prim::NUV_V, so that no
+// once per processor generation (primitives/dispatch/generations.def) with NUV_V set to the
+// generation's token; all code of that compilation lives in namespace nuv::prim::NUV_V, so that no
 // inline function or template with vector code is shared between two generations.
 #pragma once
 
@@ -13,9 +13,13 @@
 
 namespace nuv::prim {
 
-// The generations in slot order. Where a family's strategy differs by generation, the
-// kernel takes it as a policy keyed on this value, not as a copy of the code.
-enum class Gen { m7 = 0, n8 = 1, u8 = 2, y8 = 3, e9 = 4, l9 = 5 };
+// The generations in the order of their ids. Where a family's strategy differs by
+// generation, the kernel takes it as a policy keyed on this value, not as a copy of the code.
+enum class Gen {
+#define NUV_GENERATION(token, flags) token,
+#include "primitives/dispatch/generations.def"
+#undef NUV_GENERATION
+};
 
 }  // namespace nuv::prim
 

@@ -3,15 +3,14 @@
 // them, nuv::test::slotTable::<name>[slot] is the body that the slot would run.
 #pragma once
 
+#include "primitives/dispatch/generations.def"
+
 #include <nuv/primitives.h>
 
+// The body of each slot, declared once per slot (a repeated declaration is harmless).
+#define NUV_DECLARE_BODY(generation, features, name, ret, params) ret generation##_##name params;
 #define NUV_BODIES(name, slot2, slot3, ret, params, args) \
-    ret m7_##name params;                                 \
-    ret slot2##_##name params;                            \
-    ret slot3##_##name params;                            \
-    ret y8_##name params;                                 \
-    ret e9_##name params;                                 \
-    ret l9_##name params;
+    NUV_SLOTS(NUV_DECLARE_BODY, slot2, slot3, name, ret, params)
 
 extern "C" {
 #define NUV_DISPATCHED NUV_BODIES
@@ -23,9 +22,9 @@ extern "C" {
 }
 
 namespace nuv::test::slotTable {
-#define NUV_SLOT_TABLE(name, slot2, slot3, ret, params, args)                                  \
-    inline ret(*const name[7]) params = {m7_##name, m7_##name, slot2##_##name, slot3##_##name, \
-                                         y8_##name, e9_##name, l9_##name};
+#define NUV_BODY_ENTRY(generation, features, name) generation##_##name,
+#define NUV_SLOT_TABLE(name, slot2, slot3, ret, params, args) \
+    inline ret(*const name[7]) params = {NUV_SLOTS(NUV_BODY_ENTRY, slot2, slot3, name)};
 #define NUV_DISPATCHED NUV_SLOT_TABLE
 #define NUV_INTERNAL NUV_SLOT_TABLE
 #include <nuv/primitives/dispatched.def>

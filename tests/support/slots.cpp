@@ -1,43 +1,33 @@
 #include "support/slots.h"
 
+#include "primitives/dispatch/generations.def"
+
+#include <iterator>
+
 namespace nuv::test {
+
+namespace {
+// The slot lines of the generation list with slots 2 and 3 as the placeholders "2" and "3".
+#define NUV_SLOT_NAME(generation, features, ...) #generation,
+char const* const slotGenerations[] = {NUV_SLOTS(NUV_SLOT_NAME, 2, 3)};
+}  // namespace
 
 std::vector<int> executableSlots() {
     __builtin_cpu_init();
-    std::vector<int> slots;
-    const bool sse3 = __builtin_cpu_supports("sse3");
-    const bool ssse3 = sse3 && __builtin_cpu_supports("ssse3");
-    const bool sse41 = ssse3 && __builtin_cpu_supports("sse4.1");
     // The compiler's query reports AVX only where the operating system saves the registers.
-    const bool avx = sse41 && __builtin_cpu_supports("avx");
-    const bool avx2 = avx && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-                      __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
-    slots.push_back(0);  // m7 needs SSE3 as well, which every x86-64 processor of note has
-    if (sse3) slots.push_back(1);
-    if (ssse3) slots.push_back(2);
-    if (ssse3 && __builtin_cpu_supports("movbe")) slots.push_back(3);
-    if (sse41) slots.push_back(4);
-    if (avx) slots.push_back(5);
-    if (avx2) slots.push_back(6);
+#define NUV_CPU(feature) __builtin_cpu_supports(#feature)
+#define NUV_SLOT_RUNS(generation, features, ...) static_cast<bool>(features),
+    const bool runs[] = {NUV_SLOTS(NUV_SLOT_RUNS, n8, u8)};
+#undef NUV_CPU
+    std::vector<int> slots;
+    for (int slot = 0; slot < static_cast<int>(std::size(runs)); ++slot)
+        if (runs[slot]) slots.push_back(slot);
     return slots;
 }
 
 std::string variantOfSlot(int slot, char const* slot2, char const* slot3) {
-    switch (slot) {
-        case 0:
-        case 1:
-            return "m7";
-        case 2:
-            return slot2;
-        case 3:
-            return slot3;
-        case 4:
-            return "y8";
-        case 5:
-            return "e9";
-        default:
-            return "l9";
-    }
+    const std::string generation = slotGenerations[slot];
+    return generation == "2" ? slot2 : generation == "3" ? slot3 : generation;
 }
 
 ScopedSlot::ScopedSlot(int slot) : _saved(ippJumpIndexForMergedLibs) {

@@ -10,8 +10,21 @@
 namespace nuv::test {
 
 char const* nameOf(Generation g) {
-    static char const* const names[] = {"m7", "n8", "u8", "y8", "e9", "l9"};
+    static char const* const names[] = {
+#define NUV_GENERATION(token, flags) #token,
+#include "primitives/dispatch/generations.def"
+#undef NUV_GENERATION
+    };
     return names[static_cast<int>(g)];
+}
+
+std::vector<Generation> const& allGenerations() {
+    static std::vector<Generation> const all = {
+#define NUV_GENERATION(token, flags) Generation::token,
+#include "primitives/dispatch/generations.def"
+#undef NUV_GENERATION
+    };
+    return all;
 }
 
 std::string generationName(::testing::TestParamInfo<Generation> const& info) {

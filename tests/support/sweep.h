@@ -25,8 +25,14 @@ namespace nuv::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-enum class Generation { m7, n8, u8, y8, e9, l9 };
+enum class Generation {
+#define NUV_GENERATION(token, flags) token,
+#include "primitives/dispatch/generations.def"
+#undef NUV_GENERATION
+};
 char const* nameOf(Generation g);
+// Every generation, in the order of their ids.
+std::vector<Generation> const& allGenerations();
 inline void PrintTo(Generation g, std::ostream* os) {
     *os << nameOf(g);
 }
@@ -112,11 +118,7 @@ std::string generationName(::testing::TestParamInfo<Generation> const& info);
 
 }  // namespace nuv::test
 
-// Instantiates a PrimitiveSweep test suite for the six generations.
-#define NUV_SWEEP_GENERATIONS(suite)                                             \
-    INSTANTIATE_TEST_SUITE_P(                                                    \
-        Bodies, suite,                                                           \
-        ::testing::Values(nuv::test::Generation::m7, nuv::test::Generation::n8,  \
-                          nuv::test::Generation::u8, nuv::test::Generation::y8,  \
-                          nuv::test::Generation::e9, nuv::test::Generation::l9), \
-        nuv::test::generationName)
+// Instantiates a PrimitiveSweep test suite for every generation.
+#define NUV_SWEEP_GENERATIONS(suite)                                                          \
+    INSTANTIATE_TEST_SUITE_P(Bodies, suite, ::testing::ValuesIn(nuv::test::allGenerations()), \
+                             nuv::test::generationName)

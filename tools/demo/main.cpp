@@ -9,6 +9,8 @@
 //   nuv_demo [--image frame.png] [--classes classes.txt] [--out-dir DIR]
 #include "showcase.h"
 
+#include "primitives/dispatch/generations.def"
+
 #include <nuv/core.h>
 #include <nuv/cv.h>
 
@@ -69,7 +71,12 @@ bool parse(int argc, char** argv, Options& options) {
 char const* const featureNames[] = {"MMX",    "SSE",    "SSE2", "SSE3",        "SSSE3", "MOVBE",
                                     "SSE4.1", "SSE4.2", "AVX",  "AVX(OS)",     "AES",   "PCLMULQDQ",
                                     "ABR",    "RDRAND", "F16C", "AVX2+FMA+BMI"};
-char const* const slotVariants[] = {"m7", "m7", "n8/u8", "n8/u8", "y8", "e9", "l9"};
+#define NUV_SLOT_NAME(generation, features, ...) #generation,
+// Spaces around the slash would show in the names.
+// clang-format off
+char const* const slotVariants[] = {NUV_SLOTS(NUV_SLOT_NAME, n8/u8, n8/u8)};
+// clang-format on
+#undef NUV_SLOT_NAME
 
 std::string featureList(Ipp64u word) {
     std::string text;

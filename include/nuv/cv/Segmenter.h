@@ -73,6 +73,18 @@ public:
     void connectCells(rlCell* cell, int const& aboveIndex, int& linkCount);
 
 private:
+    // The raster pass in its steps: each row of packed three-byte pixels cut into runs that are
+    // stored and linked, returning the number of cells that take part in regions.
+    struct RunPass {
+        unsigned int cellIndex;  // the next cell to store
+        rlCell* current;         // the cell being filled
+        int linkCount;
+        unsigned int minRun;
+    };
+    unsigned int encodeRuns(unsigned char const* pixels, int width, int height,
+                            unsigned int minRun);
+    unsigned char const* encodeRow(unsigned char const* pixels, int row, int width, RunPass& pass);
+
     /// The regions of the first cellCount cells, the largest per class kept, as the result
     /// list in configured order.
     nuv::core::image::SegmentList collectRegions(unsigned int cellCount);

@@ -13,6 +13,8 @@
 namespace nuv::cv::filter {
 
 /// A fixed underlying int, so that any value a caller passes is one the functions can refuse.
+/// The misspelt name (and its enumerators) is the one hosts and the Python module already
+/// use: it is part of the interface and stays as it is.
 enum PredefindedFilter_t : int {
     PredefindedFilterNone = 0,  ///< no filtering: a copy
     PredefindedFilterSobelHoriz3x3 = 1,
@@ -98,6 +100,7 @@ nuv::core::image::Image max(nuv::core::image::Image const& source, nuv::core::Si
 
 }  // namespace nuv::cv::filter
 
-/// The rank filters' worker: `filter` picks the primitives.
+/// The rank filters' worker: `filter` picks the primitives. It lives in the global namespace,
+/// where hosts already call it; moving it into nuv::cv::filter would break them.
 nuv::core::image::Image filter(nuv::cv::filter::Filter const& filter,
                                nuv::core::image::Image const& source, nuv::core::Size const& mask);
