@@ -82,7 +82,7 @@ void Log::append(char const* text, std::size_t length) {
     } catch (...) {
         // A message that could not be built whole is dropped whole: its first pieces must
         // not open the next message.
-        pendingLine().clear();
+        std::string().swap(pendingLine());
         throw;
     }
 }
