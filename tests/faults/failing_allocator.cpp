@@ -15,11 +15,13 @@ bool tracking = true;  // blocks allocated now count as live
 long countdown = 0;    // allocations left before the failing one; 0 means none fails
 long counted = 0;
 Kind failedKind = Kind::none;
+Kind onlyKind =
+    Kind::none;  // when set, allocations of the other kind are neither counted nor failed
 std::atomic<long> liveHeap{0}, liveHook{0};
 
 // True when this allocation is the one to fail.
 bool failsNow(Kind kind) {
-    if (!armed) return false;
+    if (!armed || (onlyKind != Kind::none && kind != onlyKind)) return false;
     ++counted;
     if (countdown == 0 || --countdown != 0) return false;
     failedKind = kind;
@@ -79,7 +81,8 @@ const bool hooksInstalled = [] {
 
 }  // namespace
 
-void arm(long n) {
+void arm(long n, Kind only) {
+    onlyKind = only;
     countdown = n;
     counted = 0;
     failedKind = Kind::none;

@@ -11,7 +11,8 @@ namespace nuv::test::faults {
 enum class Kind { none, hook, heap };
 
 // Starts counting; the nth allocation from now (1 for the next) fails, none when n is 0.
-void arm(long n);
+// With `only` set, allocations of the other kind are left alone.
+void arm(long n, Kind only = Kind::none);
 
 struct Tally {
     long allocations;  // counted between arm and disarm

@@ -40,6 +40,26 @@ TEST(Misuse, StaleHoughLineCountIsRefused) {
     EXPECT_GT(attachedLines(stale.transform(edges)).size(), 2u);
 }
 
+// A failed scratch leaves the size recorded and the buffer null: later calls of that size
+// give the unlabelled copy without retrying, and a larger region allocates again.
+TEST(Misuse, FailedLabelScratchStaysUntilALargerRegion) {
+    // Larger than any region labelled before in this process, so that the call allocates.
+    const Image big = frame(Gray, 300, 200), bigger = frame(Gray, 301, 200);
+    int count = -1;
+    arm(1, Kind::hook);
+    Image labels = ncv::labelmarkers(big, &count);
+    ASSERT_EQ(disarm().failed, Kind::hook);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(packedPixels(labels), packedPixels(big));
+    labels = ncv::labelmarkers(big, &count);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(packedPixels(labels), packedPixels(big));
+    ncv::labelmarkers(bigger, &count);
+    EXPECT_EQ(count, 1);  // the cross of the two edges
+    ncv::labelmarkers(big, &count);
+    EXPECT_EQ(count, 1);
+}
+
 // A segmenter whose arrays could not be had sizes them again with the next frame.
 TEST(Misuse, SegmenterAfterAFailedSizing) {
     const Image rgb = frame(RGB);
