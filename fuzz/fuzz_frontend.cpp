@@ -17,10 +17,10 @@ using nuv::core::Point;
 using nuv::core::Roi;
 using nuv::core::Size;
 using nuv::core::Vector;
-using nuv::fuzz::Input;
 using nuv::fuzz::classesOf;
 using nuv::fuzz::formats;
 using nuv::fuzz::imageOf;
+using nuv::fuzz::Input;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     nuv::cv::init();

@@ -28,7 +28,8 @@ inline Image imageOf(Input& in) {
                 in.left() ? in.byte() : static_cast<std::uint8_t>(seed * (x + 7 * y));
     if (in.flag()) {
         const int x = in.in(-3, 45), y = in.in(-3, 45);
-        setRoi(image, nuv::core::Roi(nuv::core::Point(x, y), nuv::core::Size(in.in(0, 45), in.in(0, 45))));
+        setRoi(image,
+               nuv::core::Roi(nuv::core::Point(x, y), nuv::core::Size(in.in(0, 45), in.in(0, 45))));
     }
     return image;
 }

@@ -128,10 +128,10 @@ void otherStep(Objects& o, Input& in, int op) {
             break;
         case 3: {
             Point point;
-            o.detector.findLine(frameOf(in, in.flag()),
-                                in.flag() ? nuv::cv::LineDetector::Vertical
-                                          : nuv::cv::LineDetector::Horizontal,
-                                &point);
+            o.detector.findLine(
+                frameOf(in, in.flag()),
+                in.flag() ? nuv::cv::LineDetector::Vertical : nuv::cv::LineDetector::Horizontal,
+                &point);
             break;
         }
         default: {
@@ -153,9 +153,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     Objects objects;
     for (int calls = 0; calls < 64 && in.left() > 0; ++calls) {
         const int op = in.in(0, 14);
-        if (op < 5) houghStep(objects, in, op);
-        else if (op < 10) segmenterStep(objects, in, op - 5);
-        else otherStep(objects, in, op - 10);
+        if (op < 5)
+            houghStep(objects, in, op);
+        else if (op < 10)
+            segmenterStep(objects, in, op - 5);
+        else
+            otherStep(objects, in, op - 10);
     }
     // The shared buffers start afresh for the next input, as a new process would have them.
     nuv::cv::HoughTransform::freeBuffer();

@@ -32,6 +32,8 @@ void sweepAll(char const* group, std::vector<Case> const& cases) {
             const Report report = sweep(c);
             hook += report.hookPoints;
             heap += report.heapPoints;
+            std::cout << "  " << c.name << (limit ? ", store on: " : ", store off: ")
+                      << report.hookPoints << " hook, " << report.heapPoints << " heap\n";
             for (std::string const& problem : report.problems)
                 ADD_FAILURE() << (limit ? "store on: " : "store off: ") << problem;
         }
