@@ -63,7 +63,7 @@ soak: deps
 fuzz: deps
 	cmake --preset fuzz
 	cmake --build --preset fuzz -j $(JOBS)
-	for t in text frontend primitives; do \
+	for t in text frontend primitives sequences; do \
 	    mkdir -p build/fuzz/fuzz/corpus/$$t && \
 	    ./build/fuzz/fuzz/nuv_fuzz_$$t -max_total_time=600 -artifact_prefix=build/fuzz/ \
 	        build/fuzz/fuzz/corpus/$$t fuzz/corpus/$$t || exit 1; \

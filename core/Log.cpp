@@ -68,15 +68,22 @@ std::string& Log::pendingLine() {
 
 void Log::append(char const* text, std::size_t length) {
     char const* const end = text + length;
-    while (text != end) {
-        char const* newline = static_cast<char const*>(std::memchr(text, '\n', end - text));
-        if (newline == nullptr) {
-            pendingLine().append(text, end);
-            return;
+    try {
+        while (text != end) {
+            char const* newline = static_cast<char const*>(std::memchr(text, '\n', end - text));
+            if (newline == nullptr) {
+                pendingLine().append(text, end);
+                return;
+            }
+            pendingLine().append(text, newline);
+            finishLine();
+            text = newline + 1;
         }
-        pendingLine().append(text, newline);
-        finishLine();
-        text = newline + 1;
+    } catch (...) {
+        // A message that could not be built whole is dropped whole: its first pieces must
+        // not open the next message.
+        std::string().swap(pendingLine());
+        throw;
     }
 }
 

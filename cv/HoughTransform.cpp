@@ -15,13 +15,16 @@ using nuv::core::image::Image;
 
 class HoughTransformImpl {
 public:
+    // The new buffer is had before the old one goes, so a failed allocation leaves the
+    // instance and the shared buffer as they were.
     void setMaxLineCount(int count) {
-        _maxLineCount = count;
         if (count > _lineBufferSize) {
+            IppiRhoTheta* grown = new IppiRhoTheta[count];
             delete[] _lineBuffer;
-            _lineBuffer = new IppiRhoTheta[count];
+            _lineBuffer = grown;
             _lineBufferSize = count;
         }
+        _maxLineCount = count;
     }
     void setDelta(float rho, float theta) { _delta = {rho, theta}; }
     void setThreshold(int threshold) { _threshold = threshold; }
@@ -95,6 +98,13 @@ Image HoughTransformImpl::transform(Image const& image) {
             return image;
         }
         _bufferSize = size;
+    }
+    // A count above what the shared line buffer holds was kept from before freeBuffer, while
+    // another instance grew the buffer less (or not at all): the primitive would write past
+    // it. Such a call is refused as the primitive refuses a missing buffer.
+    if (_maxLineCount > _lineBufferSize) {
+        logInvalidArguments();
+        return image;
     }
     Image result = image;
     int count = 0;

@@ -1,6 +1,7 @@
 #include <nuv/cv/SegmentColorIndex.h>
 
 #include <ios>
+#include <cstdio>
 #include <sstream>
 
 namespace nuv::cv {
@@ -61,13 +62,12 @@ bool SegmentColorIndex::load(std::string const& text) {
     return true;
 }
 
+// Written with snprintf, not a string stream: a stream that cannot grow its buffer drops
+// the digits silently, and a class would be saved with an empty index.
 std::string SegmentColorIndex::uint32toHex(unsigned int value) const {
-    std::ostringstream stream;
-    stream << std::hex << value;
-    const std::string digits = stream.str();
-    const std::string zeros("00000000");
-    if (digits.size() >= zeros.size()) return digits;
-    return zeros.substr(0, zeros.size() - digits.size()) + digits;
+    char digits[9];
+    std::snprintf(digits, sizeof digits, "%08x", value);
+    return digits;
 }
 
 unsigned int SegmentColorIndex::hexToUint32(std::string const& text) const {

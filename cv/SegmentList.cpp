@@ -3,7 +3,7 @@
 #include <nuv/core/StringList.h>
 #include <nuv/core/fromString.h>
 
-#include <sstream>
+#include <string>
 
 namespace nuv::cv {
 
@@ -37,10 +37,10 @@ bool SegmentList::operator!=(SegmentList const& other) const {
 std::string toString(SegmentList const& list) {
     StringList records;
     for (SegmentList::const_iterator it = list.constBegin(); it != list.constEnd(); ++it) {
-        std::ostringstream record;
-        record << it->name() << ';' << it->meanColor().argb() << ';' << it->serializeColorIndex()
-               << ';' << it->serializeChannelsUsed();
-        records.append(record.str());
+        // Joined as strings, which throw when they cannot grow; a string stream would cut the
+        // record short without a word.
+        records.append(it->name() + ';' + std::to_string(it->meanColor().argb()) + ';' +
+                       it->serializeColorIndex() + ';' + it->serializeChannelsUsed());
     }
     return nuv::core::toString(records);
 }

@@ -31,18 +31,23 @@ Segmenter::~Segmenter() {
     delete[] _rowCells;
 }
 
+// The table, colours and names are made aside and replace the old ones only when all of them
+// are had: a failed allocation leaves the object as it was, never with more classes than
+// colours.
 void Segmenter::setColorSegments(SegmentList const& list) {
-    std::memset(_channelTable, 0, sizeof(_channelTable));
     const unsigned int size = static_cast<unsigned int>(list.size());
-    _segmentCount = size > maxSegments ? maxSegments : size;
-    if (_segmentCount == 0) return;
+    const unsigned int count = size > maxSegments ? maxSegments : size;
+    // An empty list keeps the old colours and names, which nothing reads while no class is
+    // active.
+    if (count == 0) return resetColorSegments();
 
-    _meanColors.clear();
-    _meanColors.resize(static_cast<int>(_segmentCount));
-    _names.resize(static_cast<int>(_segmentCount));
-
+    std::uint32_t table[256][3] = {};
+    nuv::core::Vector<Color> colors;
+    colors.resize(static_cast<int>(count));
+    nuv::core::Vector<std::string> names;
+    names.resize(static_cast<int>(count));
     unsigned int s = 0;
-    for (auto it = list.constBegin(); it != list.constEnd() && s < _segmentCount; ++it, ++s) {
+    for (auto it = list.constBegin(); it != list.constEnd() && s < count; ++it, ++s) {
         const std::uint32_t bit = std::uint32_t(1) << s;
         for (unsigned int c = 0; c < 3; ++c) {
             // A channel the class does not look at accepts every value, whatever its index
@@ -50,11 +55,15 @@ void Segmenter::setColorSegments(SegmentList const& list) {
             const bool used = it->channelUsed(c);
             auto const& index = it->colorIndex(c);
             for (unsigned int v = 0; v < 256; ++v)
-                if (!used || index.at(static_cast<unsigned char>(v))) _channelTable[v][c] |= bit;
+                if (!used || index.at(static_cast<unsigned char>(v))) table[v][c] |= bit;
         }
-        _meanColors[static_cast<int>(s)] = it->meanColor();
-        _names[static_cast<int>(s)] = it->name();
+        colors[static_cast<int>(s)] = it->meanColor();
+        names[static_cast<int>(s)] = it->name();
     }
+    std::memcpy(_channelTable, table, sizeof(_channelTable));
+    _segmentCount = count;
+    _meanColors = colors;
+    _names = names;
 }
 
 void Segmenter::resetColorSegments() {
@@ -79,8 +88,10 @@ void Segmenter::setupSegmentation(int width, int height) {
     delete[] _rowCells;
     _rowCells = nullptr;
 
-    _width = width;
-    _height = height;
+    // Sized for no frame until both arrays are had, so that after a failed allocation the
+    // next frame sizes them again instead of running over missing arrays.
+    _width = 0;
+    _height = 0;
 
     // The product wraps as a 32-bit signed number would; a size that does not fit is refused
     // rather than allocated short.
@@ -90,6 +101,8 @@ void Segmenter::setupSegmentation(int width, int height) {
     // One cell per pixel: more runs than pixels cannot exist, so the pixel loop never checks.
     _cells = new rlCell[static_cast<std::size_t>(cellCount)];
     _rowCells = new int[static_cast<std::size_t>(width)];
+    _width = width;
+    _height = height;
 
     // Wide frames get a longer minimum run, so that noise does not split large objects into
     // many small runs. It counts from the frame after this one.

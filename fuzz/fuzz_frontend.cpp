@@ -1,7 +1,7 @@
 // The front end on arbitrary images: format, size, padded step, region of interest and the
 // pixels come from the fuzzer's bytes, and so do the operation and its arguments. A result
 // is the null image or one of the documented size; anything else stops the run.
-#include "fuzz_input.h"
+#include "fuzz_images.h"
 
 #include <nuv/core.h>
 #include <nuv/cv.h>
@@ -17,6 +17,9 @@ using nuv::core::Point;
 using nuv::core::Roi;
 using nuv::core::Size;
 using nuv::core::Vector;
+using nuv::fuzz::classesOf;
+using nuv::fuzz::formats;
+using nuv::fuzz::imageOf;
 using nuv::fuzz::Input;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -29,8 +32,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 namespace {
 
-Format const formats[] = {FormatNone, RGB, BGR, BGRA, Gray, HSV, HLS, YCbCr};
-
 void require(bool holds, int line) {
     if (holds) return;
     std::fprintf(stderr, "expectation at fuzz_frontend.cpp:%d does not hold\n", line);
@@ -42,42 +43,6 @@ bool sized(Image const& image, unsigned width, unsigned height) {
 }
 bool nullOr(Image const& image, unsigned width, unsigned height) {
     return image.isNull() || sized(image, width, height);
-}
-
-Image imageOf(Input& in) {
-    const Format format = formats[in.in(1, 7)];
-    const unsigned width = in.in(1, 40), height = in.in(1, 40);
-    const unsigned channels = format == Gray ? 1 : format == BGRA ? 4 : 3;
-    Image image = in.flag() ? Image(ImageInfo(width, height, format))
-                            : Image(ImageInfo(width, height, format),
-                                    width * channels + static_cast<unsigned>(in.in(0, 17)));
-    const std::uint8_t seed = in.byte();
-    for (unsigned y = 0; y < height; ++y)
-        for (unsigned x = 0; x < width * channels; ++x)
-            image.data()[y * image.step() + x] =
-                in.left() ? in.byte() : static_cast<std::uint8_t>(seed * (x + 7 * y));
-    if (in.flag()) {
-        const int x = in.in(-3, 45), y = in.in(-3, 45);
-        setRoi(image, Roi(Point(x, y), Size(in.in(0, 45), in.in(0, 45))));
-    }
-    return image;
-}
-
-nuv::cv::SegmentList classesOf(Input& in) {
-    nuv::cv::SegmentList list;
-    for (int k = in.in(0, 4); k > 0; --k) {
-        nuv::cv::Segment segment;
-        segment.setName("c");
-        for (int n = in.in(1, 6); n > 0; --n)
-            segment.addColor(nuv::core::Color::fromRgba(in.byte(), in.byte(), in.byte()));
-        for (unsigned c = 0; c < 3; ++c) {
-            segment.setDilate(c, in.in(-3, 8));
-            segment.setChannelUsed(c, !in.flag() || c == 0);
-        }
-        segment.applyDilation();
-        list.append(segment);
-    }
-    return list;
 }
 
 }  // namespace

@@ -85,6 +85,7 @@ public:
         if (found == _waiting.end() || found->second.empty()) return nullptr;
         unsigned char* bytes = found->second.back().bytes;
         found->second.pop_back();
+        --_count;
         _held -= capacity;
         NUV_UNPOISON(bytes, capacity);
         return bytes;
@@ -92,6 +93,7 @@ public:
 
     // Keeps the buffer unless it alone passes the bound; what the bound pushes out is freed
     // after the lock is let go.
+    // Throws std::bad_alloc, with the buffer still the caller's, when the lists cannot grow.
     void keep(unsigned char* bytes, std::size_t capacity) {
         std::vector<Waiting> freed;
         {
@@ -99,7 +101,11 @@ public:
             if (capacity > _limit) {
                 freed.push_back({bytes, capacity, 0});
             } else {
+                // Room for every buffer that may have to go, had before anything changes:
+                // once the buffer is in the store, eviction must not fail half-way.
+                freed.reserve(_count + 1);
                 _waiting[capacity].push_back({bytes, capacity, ++_clock});
+                ++_count;
                 _held += capacity;
                 NUV_POISON(bytes, capacity);
                 evictOver(_limit, freed);
@@ -112,6 +118,7 @@ public:
         std::vector<Waiting> freed;
         {
             std::lock_guard<std::mutex> lock(_mutex);
+            freed.reserve(_count);
             _limit = limit;
             evictOver(limit, freed);
         }
@@ -132,6 +139,7 @@ public:
         std::vector<Waiting> freed;
         {
             std::lock_guard<std::mutex> lock(_mutex);
+            freed.reserve(_count);
             evictOver(0, freed);
         }
         dispose(freed);
@@ -145,7 +153,7 @@ private:
     };
 
     // Moves the buffers released longest ago into `freed` until the store holds at most
-    // `bound` bytes.
+    // `bound` bytes. `freed` has room for all of them, so nothing here allocates.
     void evictOver(std::size_t bound, std::vector<Waiting>& freed) {
         while (_held > bound) {
             auto oldest = _waiting.end();
@@ -157,6 +165,7 @@ private:
             }
             freed.push_back(oldest->second.front());
             oldest->second.pop_front();
+            --_count;
             _held -= freed.back().capacity;
         }
     }
@@ -171,6 +180,7 @@ private:
     std::mutex _mutex;
     std::map<std::size_t, std::deque<Waiting>> _waiting;
     std::size_t _held = 0;
+    std::size_t _count = 0;  // buffers waiting
     std::size_t _limit = defaultLimit;
     std::uint64_t _clock = 0;
 };

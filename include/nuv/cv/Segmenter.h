@@ -44,7 +44,8 @@ public:
     Segmenter& operator=(Segmenter const&) = delete;
 
     /// Compiles the classes into the table. Only the first 32 take part; a channel a class does
-    /// not use accepts every value. Pending dilation is not applied here: train first.
+    /// not use accepts every value. Pending dilation is not applied here: train first. Should
+    /// an allocation fail (std::bad_alloc), the classes stay as they were.
     void setColorSegments(SegmentList const& list);
     /// No class is active any more; the names and colours stay but are not read.
     void resetColorSegments();
@@ -53,8 +54,9 @@ public:
     nuv::core::image::SegmentList createSegmentList() const;
     /// Sizes the run arrays for frames of this size and chooses the minimum run for the frames
     /// after the next one (4 for frames wider than 349 pixels, else 2). A product width * height
-    /// that does not fit a signed 32-bit number throws std::bad_array_new_length; the old arrays
-    /// are gone by then and the object must not be used further.
+    /// that does not fit a signed 32-bit number throws std::bad_array_new_length, and a failed
+    /// allocation std::bad_alloc; the old arrays are gone by then, and the next frame sizes
+    /// them again.
     void setupSegmentation(int width, int height);
 
     /// Segments the region of interest of a three-channel image and returns it with one segment
