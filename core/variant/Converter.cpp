@@ -164,7 +164,7 @@ using Numbers =
 template <typename From, typename... To>
 void registerFrom(Converter& converter, Types<To...>) {
     (
-        [&converter] {
+        [&] {
             if constexpr (!std::is_same_v<To, From>)
                 converter.registerConvertFunction(typeid(To), typeid(From),
                                                   &numberToNumber<To, From>);
