@@ -53,7 +53,7 @@ void registerContender(std::string const& group, std::string const& name, Body c
 }
 
 ::cv::Mat photograph(FrameSize size, int type) {
-    for (std::string const path :
+    for (std::string const& path :
          {std::string(NUV_SOURCE_DIR "/data/astronaut.jpg"),
           std::string("/usr/lib/python3/dist-packages/skimage/data/coffee.png")}) {
         const ::cv::Mat image =

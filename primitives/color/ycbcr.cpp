@@ -32,7 +32,7 @@ void toYCbCrTail(Byte const* s, Byte* d) {
 int m7Channel(int r, int g, int b, int wr, int wg, int wb, int offset) {
     return clampByte((((r * wr + g * wg) >> 11) + ((b * wb) >> 11) + offset) >> 4);
 }
-void toYCbCrBlockM7(Byte const* s, Byte* d) {
+[[maybe_unused]] void toYCbCrBlockM7(Byte const* s, Byte* d) {
     const int r = s[0], g = s[1], b = s[2];
     d[0] = static_cast<Byte>(m7Channel(r, g, b, 8421, 16515, 3211, 264));
     d[1] = static_cast<Byte>(m7Channel(r, g, b, -4850, -9535, 14385, 2056));
@@ -86,7 +86,7 @@ V m7Plane(V const (&rg)[4], V const (&b0)[4], int wr, int wg, int wb, int offset
     for (int i = 0; i < 4; ++i) q[i] = m7Quarter(rg[i], b0[i], wr, wg, wb, offset);
     return L::narrow(L::narrowInts(q[0], q[1]), L::narrowInts(q[2], q[3]));
 }
-void toYCbCrBlockM7x16(Byte const* s, Byte* d) {
+[[maybe_unused]] void toYCbCrBlockM7x16(Byte const* s, Byte* d) {
     const Planes rgb = loadChannels(s);
     V rg[4], b0[4];
     for (int half = 0; half < 2; ++half) {

@@ -218,8 +218,8 @@ void transposePixelsByBand(Byte const* src, int srcStep, Byte* dst, int dstStep,
 // Source rows whose distance is a multiple of 512 bytes fall into at most eight sets of the
 // first-level cache, fewer than the block's rows: running down a column, each row would evict
 // the line the next column needs. Such blocks go by bands, all others by columns.
-void transposePixelsPlain(Byte const* src, int srcStep, Byte* dst, int dstStep, int width,
-                          int height) {
+[[maybe_unused]] void transposePixelsPlain(Byte const* src, int srcStep, Byte* dst, int dstStep,
+                                           int width, int height) {
     const int distance = srcStep < 0 ? -srcStep : srcStep;
     if (distance % 512 == 0) {
         transposePixelsByBand(src, srcStep, dst, dstStep, width, height);
@@ -229,8 +229,8 @@ void transposePixelsPlain(Byte const* src, int srcStep, Byte* dst, int dstStep, 
 }
 
 // Pixels of the source rows [y0, y1) for the columns [x0, x1).
-inline void transposePixels(Byte const* src, int srcStep, Byte* dst, int dstStep, int x0, int x1,
-                            int y0, int y1) {
+[[maybe_unused]] inline void transposePixels(Byte const* src, int srcStep, Byte* dst, int dstStep,
+                                             int x0, int x1, int y0, int y1) {
     for (int x = x0; x < x1; ++x) {
         Byte* d = at(dst, dstStep, x, 0);
         for (int y = y0; y < y1; ++y) copyPixel3(at(src, srcStep, y, 3 * x), d + 3 * y);

@@ -64,10 +64,10 @@ TEST(Soak, ResidentMemoryStaysFlatOverManyFrames) {
     hough.setThreshold(30);
 
     for (int k = 0; k < 40; ++k) oneFrame(frameOf(k, rng), segmenter, hough);
-    const long before = residentBytes();
+    [[maybe_unused]] const long before = residentBytes();
     const std::size_t storedBefore = bufferStoreBytes();
     for (int k = 0; k < frames; ++k) oneFrame(frameOf(k, rng), segmenter, hough);
-    const long after = residentBytes();
+    [[maybe_unused]] const long after = residentBytes();
     nuv::cv::HoughTransform::freeBuffer();
     // Frames of one size find their buffers waiting: the store does not grow either.
     EXPECT_LE(bufferStoreBytes(), storedBefore);
